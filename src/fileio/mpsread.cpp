@@ -361,10 +361,8 @@ int mpsreader::columnsline() {
 }
 
 int mpsreader::endcolumns() {
-  // colstart_ holds the end of each column: shift it to starts.
+  // colstart_ holds the start of each column and the end of the last.
   int ncols = m_.colnames.size();
-  colstart_.insert(colstart_.begin(), 0);
-  colstart_.resize(ncols + 1);
   if (!repcols_.empty()) {
     int shown = 0;
     for (int j : repcols_)

@@ -3,6 +3,7 @@
 // line source and the number conversion of the text formats.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
