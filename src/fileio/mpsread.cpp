@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <unordered_set>
 
 #include "env/files.h"
 #include "fileio/mpsutil.h"
@@ -53,6 +52,13 @@ struct token {
   const char *p = nullptr;
   int n = 0;
   std::string_view sv() const { return std::string_view(p, static_cast<size_t>(n)); }
+};
+
+// An entry of a column while its rows are sorted.
+struct colentry {
+  int row;
+  int pos;
+  double val;
 };
 
 // Row kinds after the objective is chosen.
@@ -120,7 +126,12 @@ class mpsreader {
   // just read, and the sets that ended.
   std::string rimset_[3], rimcur_[3];
   bool rimchosen_[3] = {false, false, false};
-  std::unordered_set<std::string> rimseen_[3];
+  std::vector<std::string> rimseen_[3];
+  bool seen(int which, const std::string &set) const {
+    for (const std::string &x : rimseen_[which])
+      if (x == set) return true;
+    return false;
+  }
   int setchange(int which, const std::string &set, const char *label, bool *use);
   int objwarn_ = 0;
   std::vector<char> bflag_;
@@ -388,7 +399,7 @@ int mpsreader::setchange(int which, const std::string &set, const char *label, b
     *use = set == rimset_[which];
     return 0;
   }
-  if (rimseen_[which].count(set)) return fileerror(e_, 1447, lineno_, label, set.c_str());
+  if (seen(which, set)) return fileerror(e_, 1447, lineno_, label, set.c_str());
   if (!rimchosen_[which]) {
     rimchosen_[which] = true;
     rimset_[which] = set;
@@ -398,7 +409,7 @@ int mpsreader::setchange(int which, const std::string &set, const char *label, b
     *use = true;
     return 0;
   }
-  rimseen_[which].insert(rimcur_[which]);
+  rimseen_[which].push_back(rimcur_[which]);
   if (which == 2 && !boundsdone_) {
     endbounds();
     boundsdone_ = true;
@@ -637,13 +648,15 @@ int mpsreader::assemble() {
         break;
       }
     if (sorted) continue;
-    std::vector<std::pair<int, double>> tmp;
-    for (int64_t k = b; k < e; ++k) tmp.emplace_back(m_.matind[k], m_.matval[k]);
-    std::stable_sort(tmp.begin(), tmp.end(),
-                     [](const auto &x, const auto &y) { return x.first < y.first; });
+    std::vector<colentry> tmp;
+    for (int64_t k = b; k < e; ++k)
+      tmp.push_back(colentry{m_.matind[k], static_cast<int>(k - b), m_.matval[k]});
+    std::sort(tmp.begin(), tmp.end(), [](const colentry &x, const colentry &y) {
+      return x.row != y.row ? x.row < y.row : x.pos < y.pos;
+    });
     for (int64_t k = b; k < e; ++k) {
-      m_.matind[k] = tmp[k - b].first;
-      m_.matval[k] = tmp[k - b].second;
+      m_.matind[k] = tmp[k - b].row;
+      m_.matval[k] = tmp[k - b].val;
       if (k > b && m_.matind[k] == m_.matind[k - 1]) {
         if (repeats < 20) fileerror(e_, 1443, m_.colnames.get(j), m_.rownames.get(m_.matind[k]));
         ++repeats;
