@@ -8,26 +8,16 @@ namespace velto {
 
 namespace {
 
-// Statuses from a given start; false when the start is not a basis of the
-// right size.
+// Statuses from a given start; false when it is not a basis.
 bool basis_from_start(const wprob &p, const kstart &s, pbasis &b) {
   const int n = p.n, m = p.m;
-  if ((int)s.cstat.size() != n || (int)s.rstat.size() != m) return false;
-  b.stat.assign(n + m, kAtLower);
+  if ((int)s.stat.size() != n + m) return false;
+  b.stat = s.stat;
   b.head.clear();
   b.x.assign(n + m, 0.0);
   for (int j = 0; j < n + m; ++j) {
-    int st = j < n ? s.cstat[j] : s.rstat[j - n];
-    if (j >= n && st != kBasic) {
-      // Row status 2: a ranged row at the end away from rhs (the logical at
-      // its non-zero bound); 0: the logical rhs - a x at 0.
-      bool zerolow = p.lb[j] == 0.0;
-      if (st == 2) st = zerolow ? kAtUpper : kAtLower;
-      else st = zerolow ? kAtLower : kAtUpper;
-    }
-    if (st < 0 || st > 3) return false;
-    b.stat[j] = (signed char)st;
-    if (st == kBasic) b.head.push_back(j);
+    if (b.stat[j] < 0 || b.stat[j] > 3) return false;
+    if (b.stat[j] == kBasic) b.head.push_back(j);
   }
   if ((int)b.head.size() != m) return false;
   pbasis_settle(p, b);
@@ -126,28 +116,13 @@ void primal_kernel_view(const lpview &v, const kconfig &cfg, const phooks &hk,
   out.dinfs = dinfs;
   if (out.lpstat == kPOptimal && (pinf > cfg.opt.feastol || dinf > cfg.opt.opttol))
     out.lpstat = 5;
-  // Results in the user's terms: sign of the objective sense.
-  const double sg = u.objsen;
   double obj = 0.0;
   for (int j = 0; j < n; ++j) obj += v.obj[j] * x[j];
   out.objval = obj + u.objconst;
-  out.x.assign(x.begin(), x.begin() + n);
-  out.slack.assign(x.begin() + n, x.end());
-  out.pi.resize(m);
-  for (int i = 0; i < m; ++i) out.pi[i] = sg * pi[i];
-  out.dj.resize(n);
-  for (int j = 0; j < n; ++j) out.dj[j] = sg * d[j];
-  out.cstat.resize(n);
-  out.rstat.resize(m);
-  for (int j = 0; j < n; ++j) out.cstat[j] = b.stat[j];
-  for (int i = 0; i < m; ++i) {
-    int stt = b.stat[n + i];
-    // The logical rhs - a x at its lower bound means the row at its upper
-    // activity: reported as 2 for a ranged row, 0 otherwise.
-    if (stt == kBasic) out.rstat[i] = 1;
-    else if (v.sense[i] == 'R' && x[n + i] != 0.0 && u.lb[n + i] != u.ub[n + i]) out.rstat[i] = 2;
-    else out.rstat[i] = 0;
-  }
+  out.x = std::move(x);
+  out.pi = std::move(pi);
+  out.d = std::move(d);
+  out.stat = b.stat;
   out.head = b.head;
   out.hasbasis = 1;
 }

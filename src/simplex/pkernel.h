@@ -10,9 +10,9 @@
 namespace velto {
 
 struct kstart {
-  // Basis statuses by structural column and by row (row status of the
-  // logical: 0 at lower, 1 basic, 2 at upper), or empty for none.
-  std::vector<int> cstat, rstat;
+  // Statuses of the n + m variables of the working form (logicals are
+  // s = rhs - a x), exactly m of them basic.
+  std::vector<signed char> stat;
 };
 
 struct kout {
@@ -24,10 +24,11 @@ struct kout {
   int passes = 0;
   int hasbasis = 0;
   double objval = 0.0;    // user's sign, with the constant
-  // Unscaled results: x (columns), slack (rows, rhs - a x), pi, dj.
-  std::vector<double> x, slack, pi, dj;
-  std::vector<int> cstat, rstat;   // 0 lower, 1 basic, 2 upper, 3 free
-  std::vector<int> head;           // basic variable per row (n + i: logical)
+  // Unscaled results over the n + m variables of the working form, duals
+  // in minimization sign.
+  std::vector<double> x, pi, d;
+  std::vector<signed char> stat;
+  std::vector<int> head;           // basic variable per position
   double pinf = 0, dinf = 0, pinfs = 0, dinfs = 0;
   int pricing_used = 0;
 };
