@@ -395,6 +395,14 @@ VLTAPI int VLTcopystart(VLTENVptr env, VLTLPptr lp, const int *cstat, const int 
  * Model files
  * ------------------------------------------------------------------------ */
 /* @@FILES@@ */
+VLTAPI int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename,
+                           const char *filetype);
+VLTAPI int VLTwriteprob(VLTENVptr env, VLTLPptr lp, const char *filename,
+                        const char *filetype);
+VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 
 /* ------------------------------------------------------------------------
  * Optimizers
