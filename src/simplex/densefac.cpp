@@ -21,9 +21,12 @@ int lu_dense(lufactor *fac, facwork *fw, double singtol) {
   if (r * nc >= kMaxFileCells) return kLuDenseMemory;
   fac->ndense = static_cast<int>(r);
   // Ascending counts, as the count lists would give them.
-  std::stable_sort(R.begin(), R.end(), [rf](int a, int b) { return rf->cnt[a] < rf->cnt[b]; });
-  std::stable_sort(C.begin(), C.end(),
-                   [fw](int a, int b) { return fw->cols.cnt[a] < fw->cols.cnt[b]; });
+  std::sort(R.begin(), R.end(), [rf](int a, int b) {
+    return rf->cnt[a] != rf->cnt[b] ? rf->cnt[a] < rf->cnt[b] : a < b;
+  });
+  std::sort(C.begin(), C.end(), [fw](int a, int b) {
+    return fw->cols.cnt[a] != fw->cols.cnt[b] ? fw->cols.cnt[a] < fw->cols.cnt[b] : a < b;
+  });
   std::vector<double> A;
   std::vector<int> where(fw->nc, -1);
   try {

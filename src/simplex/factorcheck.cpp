@@ -3,12 +3,24 @@
 // same entries, U is triangular in position order, and L acts only on later
 // pivots.  Returns 0 when consistent, otherwise a code naming the first
 // violated property.
-#include <map>
-#include <utility>
+#include <algorithm>
+#include <vector>
 
 #include "simplex/factorint.h"
 
 namespace velto {
+
+namespace {
+struct uentry {
+  int r, c;
+  double v;
+};
+void sort_entries(std::vector<uentry> &a) {
+  std::sort(a.begin(), a.end(), [](const uentry &x, const uentry &y) {
+    return x.r != y.r ? x.r < y.r : x.c < y.c;
+  });
+}
+}  // namespace
 
 int lu_check(const lufactor *f) {
   const int m = f->dim;
@@ -17,17 +29,21 @@ int lu_check(const lufactor *f) {
     if (f->pivpos[f->pivcol[k]] != k) return 2;
     if (f->pivperminv[f->pivperm[k]] != k) return 3;
   }
-  std::map<std::pair<int, int>, double> rows, cols;
+  std::vector<uentry> rows, cols;
   for (int r = 0; r < m; r++)
     for (int p = f->urow.beg[r]; p < f->urow.beg[r] + f->urow.cnt[r]; p++)
-      rows[{r, f->urow.ind[p]}] = f->urow.val[p];
+      rows.push_back({r, f->urow.ind[p], f->urow.val[p]});
   for (int c = 0; c < m; c++)
     for (int p = f->ucol.beg[c]; p < f->ucol.beg[c] + f->ucol.cnt[c]; p++)
-      cols[{f->ucol.ind[p], c}] = f->ucol.val[p];
-  if (rows != cols) return 4;
-  for (auto &e : rows) {
-    int r = e.first.first, c = e.first.second;
-    if (f->pivperminv[r] >= f->pivpos[c]) return 5;
+      cols.push_back({f->ucol.ind[p], c, f->ucol.val[p]});
+  sort_entries(rows);
+  sort_entries(cols);
+  if (rows.size() != cols.size()) return 4;
+  for (size_t k = 0; k < rows.size(); k++) {
+    const uentry &a = rows[k], &b = cols[k];
+    if (a.r != b.r || a.c != b.c || a.v != b.v) return 4;
+    if (k > 0 && a.r == rows[k - 1].r && a.c == rows[k - 1].c) return 4;  // duplicate
+    if (f->pivperminv[a.r] >= f->pivpos[a.c]) return 5;
   }
   for (int pos = 0; pos < f->ufirst && pos < m; pos++)
     if (f->ucol.cnt[f->pivcol[pos]] != 0) return 6;
