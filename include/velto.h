@@ -408,6 +408,7 @@ VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
  * Optimizers
  * ------------------------------------------------------------------------ */
 /* @@OPTIMIZERS@@ */
+VLTAPI int VLTdualopt(VLTENVptr env, VLTLPptr lp);
 
 #ifdef __cplusplus
 }
