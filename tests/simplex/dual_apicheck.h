@@ -54,8 +54,7 @@ inline model api_model(VLTENVptr env, VLTLPptr lp) {
   md.cols.assign(n, {});
   if (n > 0) {
     int nz = 0, surplus = 0;
-    VLTgetcols(env, lp, &nz, nullptr, nullptr, nullptr, 0, &surplus, 0, n - 1);
-    int space = -surplus;
+    int space = VLTgetnumnz(env, lp);
     std::vector<int> beg(n), ind(space > 0 ? space : 1);
     std::vector<double> val(space > 0 ? space : 1);
     VLTgetcols(env, lp, &nz, beg.data(), ind.data(), val.data(), space, &surplus, 0, n - 1);
