@@ -408,6 +408,8 @@ VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
  * Optimizers
  * ------------------------------------------------------------------------ */
 /* @@OPTIMIZERS@@ */
+VLTAPI int VLTlpopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTprimopt(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTdualopt(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetbhead(VLTENVptr env, VLTLPptr lp, int *head, double *x);
 VLTAPI int VLTbinvcol(VLTENVptr env, VLTLPptr lp, int j, double *x);
