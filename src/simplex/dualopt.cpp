@@ -259,7 +259,9 @@ int writesoln(env *e, lp *p, dualstate *ds, const std::vector<int> &rowslack, in
   return 0;
 }
 
-int dualrun(env *e, lp *p) {
+}  // namespace
+
+int dual_optimize(env *e, lp *p) {
   if (p->probtype == kTypeMILP || p->probtype == kTypeMIQP) return 1017;
   if (p->probtype == kTypeQP || p->probtype == kTypeZeroedQP || p->probtype == kTypeFixedMIQP ||
       p->probtype == kTypeQPNode)
@@ -342,7 +344,6 @@ int dualrun(env *e, lp *p) {
   return writesoln(e, p, ds, rowslack, lpstat);
 }
 
-}  // namespace
 }  // namespace velto
 
 using namespace velto;
@@ -351,7 +352,7 @@ extern "C" {
 
 int VLTdualopt(VLTENVptr env, VLTLPptr lp) {
   int status = guarded([&] { return queryframe(env, &lp); });
-  if (status == 0) status = guarded([&] { return dualrun(env, lp); });
+  if (status == 0) status = guarded([&] { return dual_optimize(env, lp); });
   if (status) report(env, &status);
   return status;
 }

@@ -27,6 +27,10 @@ struct dualstate {
   int bready = 0;
 };
 
+// The dual simplex method on p (the work of VLTdualopt after the handle
+// tests); returns a status.
+int dual_optimize(env *e, lp *p);
+
 // Returns the layer, making it on first use; null on 1001.
 dualstate *dualstate_get(env *e, lp *p);
 
