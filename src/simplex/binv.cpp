@@ -33,7 +33,10 @@ inline double cscale(const lpcore *c, int j) { return c->colscale ? c->colscale[
 
 bool hasbasis(const lp *p) {
   const soln *s = p->soln;
-  return s && s->hasbasis && s->head && s->cstat && s->lpstat != 0 && s->rows == p->core->numrows;
+  // A model change clears the problem's status: the basis of the last run
+  // no longer answers for the model.
+  return s && s->hasbasis && s->head && s->cstat && s->lpstat != 0 && p->lpstat != 0 &&
+         s->rows == p->core->numrows;
 }
 
 // Factor of the solution's basis, kept in the dual layer while the head is

@@ -89,7 +89,7 @@ inline void api_violations(VLTENVptr env, VLTLPptr lp, const model &md, const ap
   if (VLTgetobjsen(env, lp) == -1)
     for (double &v : y) v = -v;
   *pv = primal_violation(md, s.x);
-  *dv = dual_violation(md, s.x, y, 1e-7);
+  *dv = dual_violation(md, s.x, y, 1e-6);
 }
 
 }  // namespace dualtest
