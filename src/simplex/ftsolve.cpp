@@ -385,6 +385,8 @@ void ftran_core(lufactor *f, svec *out, int nnz, const int *ind, const double *v
 using namespace ftdetail;
 
 void lu_ftran_sparse(lufactor *f, svec *out, int nnz, const int *ind, const double *val) {
+  f->spikenz = 0;  // a spike must come from the entering column's own solve
+  f->spikevar = -1;
   ftran_core(f, out, nnz, ind, val, false, -1);
 }
 
