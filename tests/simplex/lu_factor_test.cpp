@@ -2,6 +2,8 @@
 // residuals, singular and nearly singular bases, analysis mode.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "lu_helpers.h"
 
 using namespace velto;
@@ -380,4 +382,55 @@ TEST(LUFactor, DeficientRandomBasesAreRepairedOrReported) {
     check_solves(bad, F.f, head, rng, 1e-10);
     if (HasFailure()) FAIL() << "basis " << t;
   }
+}
+
+// Solves with caller work vectors only read the factor: four threads at once
+// give the results of the factor's own serial solves.
+TEST(LUFactor, CallerWorkVectorsAllowConcurrentSolves) {
+  std::mt19937 rng(8);
+  const int m = 400;
+  Model md = random_basis(rng, m, 2.0);
+  std::vector<int> head = identity_head(m);
+  Fac F(m);
+  double u = 0.1;
+  ASSERT_EQ(lu_refactor(nullptr, F.f, &md.mat, head.data(), &u, 1e-13, 0, nullptr), 0);
+  std::vector<std::vector<double>> rows(m), cols(m);
+  {
+    SVec out(m);
+    std::vector<int> ci;
+    std::vector<double> cv;
+    for (int p = 0; p < m; p++) {
+      lu_btran_unit(F.f, &out.v, p);
+      rows[p] = out.dense();
+      md.column(p, ci, cv);
+      lu_ftran_sparse(F.f, &out.v, static_cast<int>(ci.size()), ci.data(), cv.data());
+      cols[p] = out.dense();
+    }
+  }
+  std::vector<int> bad(4, 0);
+  std::vector<std::thread> team;
+  for (int t = 0; t < 4; t++)
+    team.emplace_back([&, t] {
+      luwork w;
+      if (luwork_alloc(&w, m) != 0) {
+        bad[t] = -1;
+        return;
+      }
+      SVec out(m);
+      std::vector<int> ci;
+      std::vector<double> cv;
+      for (int rep = 0; rep < 3; rep++)
+        for (int p = t; p < m; p += 4) {
+          lu_btran_unit(F.f, &out.v, p, &w);
+          if (out.dense() != rows[p] || !svec_consistent(out.v)) bad[t]++;
+          md.column(p, ci, cv);
+          lu_ftran_sparse(F.f, &out.v, static_cast<int>(ci.size()), ci.data(), cv.data(), &w);
+          if (out.dense() != cols[p]) bad[t]++;
+          // B^-1 a_p is the unit vector at p.
+          if (std::fabs(out.v.val[p] - 1.0) > 1e-12) bad[t]++;
+        }
+      luwork_free(&w);
+    });
+  for (auto &th : team) th.join();
+  for (int t = 0; t < 4; t++) EXPECT_EQ(bad[t], 0) << "thread " << t;
 }
