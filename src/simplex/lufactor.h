@@ -250,8 +250,9 @@ void lu_btran2(lufactor *fac, svec *out1, int nnz1, const int *ind1, const doubl
 // or on rejection, the stored spike and row eta are dropped.
 int lu_check_pivot(lufactor *fac, int pos, double alpha, int keep);
 // Replaces the column at basis position `pos` by variable `entering`.  Uses
-// the stored spike and row eta, computing what is missing.  0, 1001 or
-// kLuRefactor (factor not changed and no longer ready).
+// the stored spike and row eta, computing what is missing.  0, or
+// kLuRefactor: the factor no longer represents a basis (not ready) and the
+// caller refactorizes the new basis; memory shortage ends the same way.
 int lu_update(env *e, lufactor *fac, const lumatrix *mat, int pos, int entering);
 // Drops the stored spike and row eta.
 void lu_clear_pending(lufactor *fac);
