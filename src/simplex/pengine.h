@@ -45,6 +45,7 @@ struct pengine {
   double markowitz = 0.1;           // working threshold of the factor
   std::vector<double> xbold;
   bool perturbed = false;
+  bool longstep = true;            // phase-1 test passes breakpoints
   int perturbcount = 0;
   int degenerate = 0;
   double objval = 0.0;
@@ -96,6 +97,13 @@ struct pengine {
   // Returns 0 pivot (r >= 0) or bound flip (r = -1); 2 unbounded.
   int ratio_primal(int q, int dir, double range, int &r, double &step,
                    int &endstat);
+  int ratio_primal1(int q, int dir, double dq, double range, int &r,
+                    double &step, int &endstat);
+  struct bpoint {
+    double t, a;
+    int k, upper;
+  };
+  std::vector<bpoint> bps;
 
   // ---- progress.cpp ----
   void log_iteration(int q, int leaving, bool flip, int endstat);

@@ -98,6 +98,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   e.itcnt = iter0;
   e.phase1cnt = phase1cnt0;
   e.matrixnz = (double)p.cind.size() + m;
+  e.longstep = true;
 
   e.refresh();
   if (res.err) goto done;
@@ -150,7 +151,11 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     e.f.ftran(e.col);
     int r = -1, endstat = 0;
     double step = 0.0;
-    int rt = e.ratio_primal(q, dir, range, r, step, endstat);
+    int rt = 3;
+    if (e.phase == 1 && e.longstep)
+      rt = e.ratio_primal1(q, dir, partial_mode(e.pricing) ? e.dj_fresh(q) : e.d[q], range, r,
+                           step, endstat);
+    if (rt == 3) rt = e.ratio_primal(q, dir, range, r, step, endstat);
     if (rt == 2) {
       if (!e.fresh) { e.refresh(); continue; }
       if (e.phase == 1) { e.mark[q] = 1; ++e.nrejected; continue; }

@@ -86,3 +86,76 @@ int pengine::ratio_primal(int q, int dir, double range, int &r, double &step,
 }
 
 }  // namespace velto
+
+namespace velto {
+
+// Phase-1 test that passes breakpoints: the sum of infeasibilities is
+// piecewise linear along the ray, with slope starting at -|d_q|; each basic
+// variable raises the slope by |alpha| when it reaches a bound (becoming
+// feasible, or starting to violate), so a variable below its lower bound may
+// pass that bound and block at its upper one.  The step goes to the
+// breakpoint where the slope turns non-negative, choosing the largest pivot
+// among the breakpoints that lie together there.  Returns as ratio_primal;
+// 3 asks the caller to use the one-breakpoint test instead.
+int pengine::ratio_primal1(int q, int dir, double dq, double range, int &r,
+                           double &step, int &endstat) {
+  (void)q;
+  const double pivtol = 1e-7;
+  bps.clear();
+  for (int s = 0; s < col.nnz; ++s) {
+    int k = col.ind[s];
+    double a = dir * col.val[k];
+    double aa = std::fabs(a);
+    if (aa < pivtol) continue;
+    int j = b.head[k];
+    double x = b.x[j], lo = lbw[j], hi = ubw[j];
+    if (a > 0) {
+      // x decreases: it crosses hi (if above it) and then lo.
+      if (cb[k] > 0) bps.push_back({(x - hi) / a, aa, k, 1});
+      if (cb[k] >= 0 && lo > -kInf) bps.push_back({(x - lo) / a, aa, k, 0});
+    } else {
+      if (cb[k] < 0) bps.push_back({(x - lo) / a, aa, k, 0});
+      if (cb[k] <= 0 && hi < kInf) bps.push_back({(x - hi) / a, aa, k, 1});
+    }
+  }
+  std::sort(bps.begin(), bps.end(),
+            [](const bpoint &u, const bpoint &v) { return u.t < v.t; });
+  double slope = -std::fabs(dq);
+  size_t turn = bps.size();
+  for (size_t i = 0; i < bps.size(); ++i) {
+    if (bps[i].t >= range) break;
+    slope += bps[i].a;
+    if (slope >= -1e-12) { turn = i; break; }
+  }
+  if (turn == bps.size()) {
+    if (range < kInf) {
+      r = -1;
+      step = range;
+      endstat = dir > 0 ? kAtUpper : kAtLower;
+      return 0;
+    }
+    return bps.empty() ? 2 : 3;
+  }
+  // Among the breakpoints within a Harris window of the turning one, the
+  // largest pivot.
+  double tt = bps[turn].t;
+  double tmax = tt + delta / bps[turn].a;
+  for (size_t i = turn + 1; i < bps.size(); ++i)
+    tmax = std::min(tmax, bps[i].t + delta / bps[i].a);
+  int best = -1;
+  double bestabs = 0.0;
+  for (size_t i = 0; i < bps.size() && bps[i].t <= tmax; ++i) {
+    if (i < turn && bps[i].t < tt - 1e-12) continue;
+    if (bps[i].a > bestabs) { bestabs = bps[i].a; best = (int)i; }
+  }
+  if (best < 0 || bestabs < 1e-5) return 3;
+  const bpoint &c = bps[best];
+  int j = b.head[c.k];
+  r = c.k;
+  step = std::max(c.t, 0.0);
+  endstat = c.upper ? kAtUpper : kAtLower;
+  if (c.upper ? ubw[j] == kInf : lbw[j] == -kInf) return 3;
+  return 0;
+}
+
+}  // namespace velto
