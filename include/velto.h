@@ -408,6 +408,8 @@ VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
  * Optimizers
  * ------------------------------------------------------------------------ */
 /* @@OPTIMIZERS@@ */
+VLTAPI int VLTlpopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTprimopt(VLTENVptr env, VLTLPptr lp);
 /* presolve */
 VLTAPI int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method);
 VLTAPI int VLTfreepresolve(VLTENVptr env, VLTLPptr lp);

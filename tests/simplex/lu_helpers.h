@@ -3,12 +3,17 @@
 // factor.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <random>
+#include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include "simplex/lufactor.h"
+#include "velto.h"
 
 namespace lutest {
 
@@ -175,5 +180,68 @@ struct Fac {
   explicit Fac(int m) : f(velto::lu_create(m)) {}
   ~Fac() { velto::lu_free(&f); }
 };
+
+// Folder of the public models: $VELTO_DATA, else the build's default.
+inline std::string data_dir() {
+  const char *d = std::getenv("VELTO_DATA");
+#ifdef VELTO_DATA_DEFAULT
+  return d ? d : VELTO_DATA_DEFAULT;
+#else
+  return d ? d : "";
+#endif
+}
+
+inline bool file_exists(const std::string &f) {
+  struct stat st;
+  return stat(f.c_str(), &st) == 0;
+}
+
+// Reads a model through the public API into column form, with one slack per
+// row.  False when the file cannot be read.
+inline bool load_model(const std::string &file, Model &md) {
+  int st = 0;
+  VLTENVptr env = VLTopenVELTO(&st);
+  if (env == nullptr) return false;
+  VLTLPptr lp = VLTcreateprob(env, &st, "lu");
+  bool ok = lp != nullptr && VLTreadcopyprob(env, lp, file.c_str(), nullptr) == 0;
+  if (ok) {
+    md = Model();
+    md.m = VLTgetnumrows(env, lp);
+    int n = VLTgetnumcols(env, lp);
+    int nz = 0, surplus = 0;
+    std::vector<int> beg(n + 1);
+    VLTgetcols(env, lp, &nz, beg.data(), nullptr, nullptr, 0, &surplus, 0, n - 1);
+    int space = -surplus;
+    md.ind.resize(std::max(space, 1));
+    md.val.resize(std::max(space, 1));
+    ok = n == 0 || VLTgetcols(env, lp, &nz, beg.data(), md.ind.data(), md.val.data(), space,
+                              &surplus, 0, n - 1) == 0;
+    md.n = n;
+    md.beg.assign(beg.begin(), beg.begin() + n);
+    md.cnt.resize(n);
+    for (int j = 0; j < n; j++) md.cnt[j] = (j + 1 < n ? beg[j + 1] : nz) - beg[j];
+    md.finish();
+  }
+  if (lp) VLTfreeprob(env, &lp);
+  VLTcloseVELTO(&env);
+  return ok;
+}
+
+// Bases of a model: the pivoted columns of `cand` (probed as a list) with
+// slacks in the rows left over.  Full rank by construction.
+inline std::vector<int> probe_basis(const Model &md, velto::lufactor *f,
+                                    const std::vector<int> &cand) {
+  const int m = md.m;
+  std::vector<int> rowdone(m), coldone(cand.size() + 1);
+  std::vector<int> head;
+  int st = velto::lu_probe(nullptr, f, &md.mat, static_cast<int>(cand.size()), cand.data(),
+                           rowdone.data(), coldone.data(), nullptr, 0.1, 1e-7);
+  if (st != 0 && st != velto::kLuRepaired) return head;
+  for (size_t k = 0; k < cand.size(); k++)
+    if (coldone[k]) head.push_back(cand[k]);
+  for (int i = 0; i < m; i++)
+    if (!rowdone[i]) head.push_back(md.n + i);
+  return head;
+}
 
 }  // namespace lutest
