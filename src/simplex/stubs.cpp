@@ -4,6 +4,7 @@
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "presolve/presolve.h"
 #include "simplex/solve.h"
 
 using namespace velto;
@@ -22,13 +23,14 @@ int entry(env *e, lp *p, int (*run)(env *, lp *)) {
 
 // Method choice.  Until the other optimizers are wired in, every method
 // runs the primal simplex.
-int lpopt_run(env *e, lp *p) { return primal_optimize(e, p); }
+int lpopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }
+int primopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }
 
 }  // namespace
 
 extern "C" {
 
-int VLTprimopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, primal_optimize); }
+int VLTprimopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, primopt_run); }
 
 int VLTlpopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, lpopt_run); }
 
