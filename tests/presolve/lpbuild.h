@@ -28,7 +28,9 @@ struct lpdef {
     obj.push_back(c);
     lb.push_back(l);
     ub.push_back(u);
-    cname.push_back(name.empty() ? "x" + std::to_string(obj.size()) : name);
+    std::string nm = name;
+    if (nm.empty()) nm.append("x").append(std::to_string(obj.size()));
+    cname.push_back(nm);
     return static_cast<int>(obj.size()) - 1;
   }
   int row(std::vector<std::pair<int, double>> e, char s, double b, double r = 0,
@@ -37,7 +39,9 @@ struct lpdef {
     sense.push_back(s);
     rhs.push_back(b);
     rng.push_back(r);
-    rname.push_back(name.empty() ? "r" + std::to_string(rows.size()) : name);
+    std::string nm = name;
+    if (nm.empty()) nm.append("r").append(std::to_string(rows.size()));
+    rname.push_back(nm);
     return static_cast<int>(rows.size()) - 1;
   }
 
