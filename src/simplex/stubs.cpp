@@ -5,6 +5,7 @@
 #include "model/lp.h"
 #include "model/store.h"
 #include "presolve/presolve.h"
+#include "simplex/dualstate.h"
 #include "simplex/solve.h"
 
 using namespace velto;
@@ -21,9 +22,12 @@ int entry(env *e, lp *p, int (*run)(env *, lp *)) {
   return status;
 }
 
-// Method choice.  Until the other optimizers are wired in, every method
-// runs the primal simplex.
-int lpopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }
+// Method choice: 1 is the primal simplex; the dual simplex is the default
+// and stands in for the methods not wired in yet.
+int lpopt_run(env *e, lp *p) {
+  if (e->params->lpmethod == 1) return presolve_wrap(e, p, 1, primal_optimize);
+  return presolve_wrap(e, p, 2, dual_optimize);
+}
 int primopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }
 
 }  // namespace

@@ -75,23 +75,29 @@ TEST(NetlibPresolve, SameOptimumWithAndWithoutPresolve) {
     if (only && e.name != only) continue;
     const double ref = e.num(3) - published_constant(e.name);
     SCOPED_TRACE(e.name);
-    run off = solve(e.name, 0, VLTprimopt);
-    run on = solve(e.name, 1, VLTprimopt);
-    ASSERT_EQ(on.status, 0);
-    ASSERT_EQ(off.status, 0);
-    EXPECT_EQ(on.lpstat, 1);
-    const double tol = 1e-6 * std::max(1.0, std::fabs(ref));
-    EXPECT_LE(std::fabs(on.obj - off.obj), 1e-6 * std::max(1.0, std::fabs(off.obj)));
-    EXPECT_LE(std::fabs(on.obj - ref), tol) << "objective " << on.obj << " published " << ref;
-    EXPECT_TRUE(on.check.ok()) << describe(on.check);
-    if (on.reduced) {
-      ++reduced;
-      cleanup += on.itcnt - on.reditcnt;
-      // The reduced optimum carried back is itself optimal on the user's model.
-      EXPECT_TRUE(on.postcheck.ok(1e-5)) << describe(on.postcheck);
+    for (int method = 1; method <= 2; ++method) {
+      SCOPED_TRACE(method == 1 ? "primal" : "dual");
+      auto opt = method == 1 ? VLTprimopt : VLTdualopt;
+      run off = solve(e.name, 0, opt);
+      run on = solve(e.name, 1, opt);
+      ASSERT_EQ(on.status, 0);
+      ASSERT_EQ(off.status, 0);
+      EXPECT_EQ(on.lpstat, 1);
+      const double tol = 1e-6 * std::max(1.0, std::fabs(ref));
+      EXPECT_LE(std::fabs(on.obj - off.obj), 1e-6 * std::max(1.0, std::fabs(off.obj)));
+      EXPECT_LE(std::fabs(on.obj - ref), tol) << "objective " << on.obj << " published " << ref;
+      EXPECT_TRUE(on.check.ok()) << describe(on.check);
+      if (on.reduced) {
+        ++reduced;
+        cleanup += on.itcnt - on.reditcnt;
+        // The reduced optimum carried back is itself optimal on the user's model.
+        EXPECT_TRUE(on.postcheck.ok(1e-5)) << describe(on.postcheck);
+      }
+      std::printf("%-10s %s iterations off %6d on %6d (clean-up %d)%s\n", e.name.c_str(),
+                  method == 1 ? "primal" : "dual  ", off.itcnt, on.itcnt, on.itcnt - on.reditcnt,
+                  on.reduced ? "" : " not reduced");
+      std::fflush(stdout);
     }
-    std::printf("%-10s iterations off %6d on %6d (clean-up %d)%s\n", e.name.c_str(), off.itcnt,
-                on.itcnt, on.itcnt - on.reditcnt, on.reduced ? "" : " not reduced");
   }
   std::printf("models reduced %ld, clean-up iterations in total %ld\n", reduced, cleanup);
 }
