@@ -317,9 +317,14 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
     msg(e->warnchannel, "Insufficient memory for presolve.\n");
     return kernel(e, p);
   }
-  if (st == 1101 || st == 1117 || st == 1118 || st == 1106) {
+  if (st == 1101 || st == 1117 || st == 1118) {
+    // The verdict does not always tell infeasible from unbounded and carries
+    // no certificate: the optimizer settles it on the user's model.
+    return kernel(e, p);
+  }
+  if (st == 1106) {
     soln_free(&p->soln);
-    p->lpstat = st == 1101 ? 4 : st == 1117 ? 3 : st == 1118 ? 2 : 13;
+    p->lpstat = 13;
     return 0;
   }
   if (st) return st;
