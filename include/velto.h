@@ -107,8 +107,156 @@ VLTAPI const char *VLTgetstatstring(VLTCENVptr env, int statind, char *buffer);
  * Parameters
  * ------------------------------------------------------------------------ */
 /* @@PARAM-FUNCTIONS@@ */
+VLTAPI int VLTsetintparam(VLTENVptr env, int whichparam, int newvalue);
+VLTAPI int VLTsetdblparam(VLTENVptr env, int whichparam, double newvalue);
+VLTAPI int VLTsetstrparam(VLTENVptr env, int whichparam, const char *newvalue_str);
+VLTAPI int VLTgetintparam(VLTCENVptr env, int whichparam, int *value_p);
+VLTAPI int VLTgetdblparam(VLTCENVptr env, int whichparam, double *value_p);
+VLTAPI int VLTgetstrparam(VLTCENVptr env, int whichparam, char *value_str);
+VLTAPI int VLTinfointparam(VLTCENVptr env, int whichparam, int *defvalue_p,
+                           int *minvalue_p, int *maxvalue_p);
+VLTAPI int VLTinfodblparam(VLTCENVptr env, int whichparam, double *defvalue_p,
+                           double *minvalue_p, double *maxvalue_p);
+VLTAPI int VLTinfostrparam(VLTCENVptr env, int whichparam, char *defvalue_str);
+VLTAPI int VLTgetparamname(VLTCENVptr env, int whichparam, char *name_str);
+VLTAPI int VLTgetparamnum(VLTCENVptr env, const char *name_str, int *whichparam_p);
+VLTAPI int VLTsetdefaults(VLTENVptr env);
 
 /* @@PARAM-CONSTANTS@@ */
+/* Length of a string parameter's field, closing zero included. */
+#define VLT_STR_PARAM_MAX 516
+
+/* Parameter numbers. */
+#define VLT_PARAM_ADVIND             1001
+#define VLT_PARAM_AGGFILL            1002
+#define VLT_PARAM_AGGIND             1003
+#define VLT_PARAM_BASINTERVAL        1004
+#define VLT_PARAM_CFILEMUL           1005
+#define VLT_PARAM_CLOCKTYPE          1006
+#define VLT_PARAM_CRAIND             1007
+#define VLT_PARAM_DEPIND             1008
+#define VLT_PARAM_DPRIIND            1009
+#define VLT_PARAM_PRICELIM           1010
+#define VLT_PARAM_EPMRK              1013
+#define VLT_PARAM_EPOPT              1014
+#define VLT_PARAM_EPPER              1015
+#define VLT_PARAM_EPRHS              1016
+#define VLT_PARAM_IISIND             1018
+#define VLT_PARAM_SIMDISPLAY         1019
+#define VLT_PARAM_ITLIM              1020
+#define VLT_PARAM_ROWREADLIM         1021
+#define VLT_PARAM_NETFIND            1022
+#define VLT_PARAM_COLREADLIM         1023
+#define VLT_PARAM_NZREADLIM          1024
+#define VLT_PARAM_OBJLLIM            1025
+#define VLT_PARAM_OBJULIM            1026
+#define VLT_PARAM_PERIND             1027
+#define VLT_PARAM_PERLIM             1028
+#define VLT_PARAM_PPRIIND            1029
+#define VLT_PARAM_PREIND             1030
+#define VLT_PARAM_REINV              1031
+#define VLT_PARAM_REVERSEIND         1032
+#define VLT_PARAM_RFILEMUL           1033
+#define VLT_PARAM_SCAIND             1034
+#define VLT_PARAM_SCRIND             1035
+#define VLT_PARAM_SIMTHREADS         1036
+#define VLT_PARAM_SINGLIM            1037
+#define VLT_PARAM_SINGTOL            1038
+#define VLT_PARAM_TILIM              1039
+#define VLT_PARAM_XXXIND             1041
+#define VLT_PARAM_EFFSLACKIND        1042
+#define VLT_PARAM_PREDISP            1043
+#define VLT_PARAM_PREDUAL            1044
+#define VLT_PARAM_ROWGROWTH          1046
+#define VLT_PARAM_COLGROWTH          1047
+#define VLT_PARAM_NZGROWTH           1048
+#define VLT_PARAM_PREPASS            1052
+#define VLT_PARAM_DATACHECK          1056
+#define VLT_PARAM_REDUCE             1057
+#define VLT_PARAM_PRELINEAR          1058
+#define VLT_PARAM_LPMETHOD           1062
+#define VLT_PARAM_QPMETHOD           1063
+#define VLT_PARAM_WORKDIR            1064
+#define VLT_PARAM_WORKMEM            1065
+#define VLT_PARAM_PRECOMPRESS        1066
+#define VLT_PARAM_THREADS            1067
+#define VLT_PARAM_SIFTDISPLAY        1076
+#define VLT_PARAM_SIFTALG            1077
+#define VLT_PARAM_SIFTITLIM          1078
+#define VLT_PARAM_BRDIR              2001
+#define VLT_PARAM_BTTOL              2002
+#define VLT_PARAM_CLIQUES            2003
+#define VLT_PARAM_COEREDIND          2004
+#define VLT_PARAM_COVERS             2005
+#define VLT_PARAM_CUTLO              2006
+#define VLT_PARAM_CUTUP              2007
+#define VLT_PARAM_EPAGAP             2008
+#define VLT_PARAM_EPGAP              2009
+#define VLT_PARAM_EPINT              2010
+#define VLT_PARAM_MIPDISPLAY         2012
+#define VLT_PARAM_MIPINTERVAL        2013
+#define VLT_PARAM_MIPTHREADS         2014
+#define VLT_PARAM_INTSOLLIM          2015
+#define VLT_PARAM_NODEFILEIND        2016
+#define VLT_PARAM_NODELIM            2017
+#define VLT_PARAM_NODESEL            2018
+#define VLT_PARAM_OBJDIF             2019
+#define VLT_PARAM_MIPORDIND          2020
+#define VLT_PARAM_RELOBJDIF          2022
+#define VLT_PARAM_STARTALG           2025
+#define VLT_PARAM_SUBALG             2026
+#define VLT_PARAM_TRELIM             2027
+#define VLT_PARAM_VARSEL             2028
+#define VLT_PARAM_BNDSTRENIND        2029
+#define VLT_PARAM_HEURFREQ           2031
+#define VLT_PARAM_MIPORDTYPE         2032
+#define VLT_PARAM_CUTSFACTOR         2033
+#define VLT_PARAM_RELAXPREIND        2034
+#define VLT_PARAM_MIPSTART           2035
+#define VLT_PARAM_PRESLVND           2037
+#define VLT_PARAM_BBINTERVAL         2039
+#define VLT_PARAM_FLOWCOVERS         2040
+#define VLT_PARAM_IMPLBD             2041
+#define VLT_PARAM_PROBE              2042
+#define VLT_PARAM_GUBCOVERS          2044
+#define VLT_PARAM_STRONGCANDLIM      2045
+#define VLT_PARAM_STRONGITLIM        2046
+#define VLT_PARAM_STRONGTHREADLIM    2047
+#define VLT_PARAM_FRACCAND           2048
+#define VLT_PARAM_FRACCUTS           2049
+#define VLT_PARAM_FRACPASS           2050
+#define VLT_PARAM_FLOWPATHS          2051
+#define VLT_PARAM_MIRCUTS            2052
+#define VLT_PARAM_DISJCUTS           2053
+#define VLT_PARAM_AGGCUTLIM          2054
+#define VLT_PARAM_MIPCBREDLP         2055
+#define VLT_PARAM_CUTPASS            2056
+#define VLT_PARAM_MIPEMPHASIS        2058
+#define VLT_PARAM_SYMMETRY           2059
+#define VLT_PARAM_DIVETYPE           2060
+#define VLT_PARAM_LOCALCOVERS        2061
+#define VLT_PARAM_BAREPCOMP          3002
+#define VLT_PARAM_BARGROWTH          3003
+#define VLT_PARAM_BAROBJRNG          3004
+#define VLT_PARAM_BARVARUP           3006
+#define VLT_PARAM_BARALG             3007
+#define VLT_PARAM_BARCOLNZ           3009
+#define VLT_PARAM_BARDISPLAY         3010
+#define VLT_PARAM_BARITLIM           3012
+#define VLT_PARAM_BARMAXCOR          3013
+#define VLT_PARAM_BARORDER           3014
+#define VLT_PARAM_BARTHREADS         3016
+#define VLT_PARAM_BARSTARTALG        3017
+#define VLT_PARAM_BARCROSSALG        3018
+#define VLT_PARAM_BAROOC             3019
+#define VLT_PARAM_QPNZREADLIM        4001
+#define VLT_PARAM_QPNZGROWTH         4002
+#define VLT_PARAM_QPMAKEPSDIND       4010
+#define VLT_PARAM_NETITLIM           5001
+#define VLT_PARAM_NETEPOPT           5002
+#define VLT_PARAM_NETEPRHS           5003
+#define VLT_PARAM_NETPPRIIND         5004
+#define VLT_PARAM_NETDISPLAY         5005
 
 /* ------------------------------------------------------------------------
  * Problem object, loading, names, queries, changes, solution
@@ -117,11 +265,144 @@ VLTAPI VLTLPptr VLTcreateprob(VLTENVptr env, int *status_p, const char *probname
 VLTAPI int VLTfreeprob(VLTENVptr env, VLTLPptr *lp_p);
 
 /* @@PROBLEM-STORE@@ */
+/* Loading and copying */
+typedef const char *(*VLTNAMEFUNC)(void *handle, int index);
+
+VLTAPI int VLTcopylp(VLTENVptr env, VLTLPptr lp, int numcols, int numrows, int objsen,
+                     const double *obj, const double *rhs, const char *sense,
+                     const int *matbeg, const int *matcnt, const int *matind,
+                     const double *matval, const double *lb, const double *ub,
+                     const double *rngval);
+VLTAPI int VLTcopylpwnames(VLTENVptr env, VLTLPptr lp, int numcols, int numrows,
+                           int objsen, const double *obj, const double *rhs,
+                           const char *sense, const int *matbeg, const int *matcnt,
+                           const int *matind, const double *matval, const double *lb,
+                           const double *ub, const double *rngval, char **colname,
+                           char **rowname);
+VLTAPI int VLTcopyobjname(VLTENVptr env, VLTLPptr lp, const char *objname);
+VLTAPI VLTLPptr VLTcloneprob(VLTENVptr env, VLTLPptr lp, int *status_p);
+VLTAPI int VLTcompletelp(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetprobtype(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTcopyctype(VLTENVptr env, VLTLPptr lp, const char *ctype);
+VLTAPI int VLTchgctype(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                       const char *ctype);
+VLTAPI int VLTgetctype(VLTENVptr env, VLTLPptr lp, char *ctype, int begin, int end);
+
+/* Names */
+VLTAPI int VLTchgname(VLTENVptr env, VLTLPptr lp, int key, int ij, const char *name);
+VLTAPI int VLTchgrowname(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                         char **newname);
+VLTAPI int VLTchgcolname(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                         char **newname);
+VLTAPI int VLTdelnames(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTchgprobname(VLTENVptr env, VLTLPptr lp, const char *probname);
+VLTAPI int VLTEsetnamefunctions(VLTENVptr env, VLTNAMEFUNC colfunc, VLTNAMEFUNC rowfunc,
+                                void *handle);
+VLTAPI int VLTgetcolname(VLTENVptr env, VLTLPptr lp, char **name, char *namestore,
+                         int storespace, int *surplus_p, int begin, int end);
+VLTAPI int VLTgetrowname(VLTENVptr env, VLTLPptr lp, char **name, char *namestore,
+                         int storespace, int *surplus_p, int begin, int end);
+VLTAPI int VLTgetprobname(VLTENVptr env, VLTLPptr lp, char *buf, int bufspace,
+                          int *surplus_p);
+VLTAPI int VLTgetobjname(VLTENVptr env, VLTLPptr lp, char *buf, int bufspace,
+                         int *surplus_p);
+VLTAPI int VLTgetcolindex(VLTENVptr env, VLTLPptr lp, const char *lname, int *index_p);
+VLTAPI int VLTgetrowindex(VLTENVptr env, VLTLPptr lp, const char *lname, int *index_p);
+
+/* Model queries */
+VLTAPI int VLTgetnumrows(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnumcols(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnumnz(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetobjsen(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetobjoffset(VLTENVptr env, VLTLPptr lp, double *objoffset_p);
+VLTAPI int VLTgetobj(VLTENVptr env, VLTLPptr lp, double *obj, int begin, int end);
+VLTAPI int VLTgetrhs(VLTENVptr env, VLTLPptr lp, double *rhs, int begin, int end);
+VLTAPI int VLTgetsense(VLTENVptr env, VLTLPptr lp, char *sense, int begin, int end);
+VLTAPI int VLTgetlb(VLTENVptr env, VLTLPptr lp, double *lb, int begin, int end);
+VLTAPI int VLTgetub(VLTENVptr env, VLTLPptr lp, double *ub, int begin, int end);
+VLTAPI int VLTgetrngval(VLTENVptr env, VLTLPptr lp, double *rngval, int begin, int end);
+VLTAPI int VLTgetcols(VLTENVptr env, VLTLPptr lp, int *nzcnt_p, int *cmatbeg,
+                      int *cmatind, double *cmatval, int cmatspace, int *surplus_p,
+                      int begin, int end);
+VLTAPI int VLTgetrows(VLTENVptr env, VLTLPptr lp, int *nzcnt_p, int *rmatbeg,
+                      int *rmatind, double *rmatval, int rmatspace, int *surplus_p,
+                      int begin, int end);
+VLTAPI int VLTgetcoef(VLTENVptr env, VLTLPptr lp, int i, int j, double *coef_p);
+
+/* Model changes */
+VLTAPI void VLTchgobjsen(VLTENVptr env, VLTLPptr lp, int maxormin);
+VLTAPI int VLTchgobj(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                     const double *values);
+VLTAPI int VLTchgrhs(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                     const double *values);
+VLTAPI int VLTchgbds(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                     const char *lu, const double *bd);
+VLTAPI int VLTchgsense(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                       const char *sense);
+VLTAPI int VLTaddrows(VLTENVptr env, VLTLPptr lp, int ccnt, int rcnt, int nzcnt,
+                      const double *rhs, const char *sense, const int *rmatbeg,
+                      const int *rmatind, const double *rmatval, char **colname,
+                      char **rowname);
+VLTAPI int VLTnewrows(VLTENVptr env, VLTLPptr lp, int rcnt, const double *rhs,
+                      const char *sense, const double *rngval, char **rowname);
+VLTAPI int VLTaddcols(VLTENVptr env, VLTLPptr lp, int ccnt, int nzcnt, const double *obj,
+                      const int *cmatbeg, const int *cmatind, const double *cmatval,
+                      const double *lb, const double *ub, char **colname);
+VLTAPI int VLTnewcols(VLTENVptr env, VLTLPptr lp, int ccnt, const double *obj,
+                      const double *lb, const double *ub, const char *ctype,
+                      char **colname);
+
+/* Change cache */
+VLTAPI void *VLTEgetCache(VLTLPptr lp);
+VLTAPI int VLTEcacheNewCols(VLTENVptr env, VLTLPptr lp, int count, const double *obj,
+                            const double *lb, const double *ub, const char *ctype,
+                            char **names);
+VLTAPI int VLTEcacheNewRows(VLTENVptr env, VLTLPptr lp, int count, const double *rhs,
+                            const char *sense, const double *rngval, char **names);
+VLTAPI int VLTEcacheNewNZsByNZ(VLTENVptr env, VLTLPptr lp, int count, const int *rows,
+                               const int *cols, const double *values);
+
+/* Solution */
+VLTAPI int VLTsolution(VLTENVptr env, VLTLPptr lp, int *lpstat_p, double *objval_p,
+                       double *x, double *pi, double *slack, double *dj);
+VLTAPI int VLTsolninfo(VLTENVptr env, VLTLPptr lp, int *solnmethod_p, int *solntype_p,
+                       int *pfeasind_p, int *dfeasind_p);
+VLTAPI int VLTgetobjval(VLTENVptr env, VLTLPptr lp, double *objval_p);
+VLTAPI int VLTgetx(VLTENVptr env, VLTLPptr lp, double *x, int begin, int end);
+VLTAPI int VLTgetslack(VLTENVptr env, VLTLPptr lp, double *slack, int begin, int end);
+VLTAPI int VLTgetpi(VLTENVptr env, VLTLPptr lp, double *pi, int begin, int end);
+VLTAPI int VLTgetdj(VLTENVptr env, VLTLPptr lp, double *dj, int begin, int end);
+VLTAPI int VLTgetax(VLTENVptr env, VLTLPptr lp, double *ax, int begin, int end);
+VLTAPI int VLTgetmethod(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetstat(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetitcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetphase1cnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetbaritcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetcrossppushcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetcrosspexchcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetcrossdpushcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetcrossdexchcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetpsbcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetdsbcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetbase(VLTENVptr env, VLTLPptr lp, int *cstat, int *rstat);
+VLTAPI int VLTcangetbase(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTcopybase(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat);
+VLTAPI int VLTcopystart(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat,
+                        const double *cprim, const double *rprim, const double *cdual,
+                        const double *rdual);
 
 /* ------------------------------------------------------------------------
  * Model files
  * ------------------------------------------------------------------------ */
 /* @@FILES@@ */
+VLTAPI int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename,
+                           const char *filetype);
+VLTAPI int VLTwriteprob(VLTENVptr env, VLTLPptr lp, const char *filename,
+                        const char *filetype);
+VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 
 /* ------------------------------------------------------------------------
  * Optimizers

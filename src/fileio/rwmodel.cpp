@@ -1,0 +1,313 @@
+// Choice of a model format by name or type, and the hand-over between a
+// problem object and the plain arrays of the readers and writers.
+#include <algorithm>
+#include <new>
+#include <string>
+
+#include "env/files.h"
+#include "fileio/rwutil.h"
+#include "model/store.h"
+
+namespace velto {
+
+namespace {
+
+enum filekind { kKindNone, kKindLP, kKindMPS, kKindPAR, kKindSAV, kKindRMP, kKindRLP };
+
+filekind kindoftype(const char *type) {
+  if (ciprefix("LP", type)) return kKindLP;
+  if (ciprefix("MPS", type)) return kKindMPS;
+  if (ciprefix("PAR", type)) return kKindPAR;
+  if (ciprefix("SAV", type)) return kKindSAV;
+  return kKindNone;
+}
+
+filekind kindofname(const char *name) {
+  struct sfx {
+    const char *s;
+    filekind k;
+  };
+  static const sfx kSuffixes[] = {
+      {".LP", kKindLP},       {".MPS", kKindMPS},     {".PAR", kKindPAR},   {".QPS", kKindMPS},
+      {".SAV", kKindSAV},     {".LP.GZ", kKindLP},    {".LP.Z", kKindLP},   {".MPS.GZ", kKindMPS},
+      {".MPS.Z", kKindMPS},   {".PAR.GZ", kKindPAR},  {".PAR.Z", kKindPAR}, {".QPS.GZ", kKindMPS},
+      {".QPS.Z", kKindMPS},   {".SAV.GZ", kKindSAV},  {".SAV.Z", kKindSAV}};
+  for (const sfx &s : kSuffixes)
+    if (cisuffix(s.s, name)) return s.k;
+  return kKindNone;
+}
+
+// Decides by the first byte of the file.
+int sniff(env *e, const char *name, filekind *kind) {
+  int status = 0;
+  FILE *fp = fileopenread(e, name, "rb", "", 1, 0, &status);
+  if (fp == nullptr) return status;
+  int c = std::fgetc(fp);
+  *kind = kKindNone;
+  if (c == EOF) {
+    *kind = kKindNone;
+  } else if (c == 10) {
+    char more[10];
+    size_t got = std::fread(more, 1, sizeof more, fp);
+    *kind = (got == 10 && std::memcmp(more, "VELTO", 5) == 0) ? kKindSAV : kKindLP;
+  } else if (c < 32) {
+    *kind = kKindSAV;
+  } else if (c == '*' || c == 'N' || c == 'n') {
+    *kind = kKindMPS;
+  } else if (c == '\\' || c == 'M' || c == 'm' || c == ' ') {
+    *kind = kKindLP;
+  }
+  fileclose(name, &fp);
+  return 0;
+}
+
+template <class T>
+T *copyout(const std::vector<T> &v) {
+  T *p = allocn<T>(v.size());
+  if (p != nullptr && !v.empty()) std::memcpy(p, v.data(), v.size() * sizeof(T));
+  return p;
+}
+
+char *copytext(const std::string &s) {
+  char *p = allocn<char>(s.size() + 1);
+  if (p != nullptr) std::memcpy(p, s.c_str(), s.size() + 1);
+  return p;
+}
+
+// Names of a store as an owned pointer array and text block.
+bool copynames(const namestore &s, char ***names, char **store) {
+  *store = copyout(s.text);
+  *names = allocn<char *>(s.size());
+  if (*store == nullptr || *names == nullptr) return false;
+  for (int i = 0; i < s.size(); ++i) (*names)[i] = *store + s.off[i];
+  return true;
+}
+
+// Moves a model into a problem; the problem is only touched if all arrays
+// could be made.
+int handover(env *e, lp *p, filemodel &m, const char *filename) {
+  if (!m.sostype.empty()) {
+    msg(e->errchannel, "File '%s' holds special ordered sets, which cannot be loaded.\n",
+        filename);
+    return 1017;
+  }
+  if (!m.qval.empty()) {
+    msg(e->errchannel, "File '%s' holds quadratic objective terms, which cannot be loaded.\n",
+        filename);
+    return 1018;
+  }
+  // Exact zeros are not stored.
+  int nz = 0;
+  for (int j = 0; j < m.numcols; ++j) {
+    int b = m.matbeg[j], cnt = m.matcnt[j];
+    m.matbeg[j] = nz;
+    for (int k = b; k < b + cnt; ++k)
+      if (m.matval[k] != 0.0) {
+        m.matind[nz] = m.matind[k];
+        m.matval[nz++] = m.matval[k];
+      }
+    m.matcnt[j] = nz - m.matbeg[j];
+  }
+  m.matind.resize(nz);
+  m.matval.resize(nz);
+  lpload d{};
+  d.probname = copytext(filename);
+  d.numcols = m.numcols;
+  d.numrows = m.numrows;
+  d.objsen = m.objsen;
+  d.obj = copyout(m.obj);
+  d.rhs = copyout(m.rhs);
+  d.sense = copyout(m.sense);
+  d.matbeg = copyout(m.matbeg);
+  d.matcnt = copyout(m.matcnt);
+  d.matind = copyout(m.matind);
+  d.matval = copyout(m.matval);
+  d.lb = copyout(m.lb);
+  d.ub = copyout(m.ub);
+  bool ok = d.probname && d.obj && d.rhs && d.sense && d.matbeg && d.matcnt && d.matind &&
+            d.matval && d.lb && d.ub;
+  if (ok && !m.rngval.empty()) ok = (d.rngval = copyout(m.rngval)) != nullptr;
+  if (ok && !m.ctype.empty()) ok = (d.ctype = copyout(m.ctype)) != nullptr;
+  if (ok && m.colnames.size() == m.numcols && m.numcols > 0)
+    ok = copynames(m.colnames, &d.colname, &d.colnamestore);
+  if (ok && m.rownames.size() == m.numrows && m.numrows > 0)
+    ok = copynames(m.rownames, &d.rowname, &d.rownamestore);
+  if (ok && !m.objname.empty()) ok = (d.objname = copytext(m.objname)) != nullptr;
+  if (!ok) {
+    lpload_free(&d);
+    return kNoMemory;
+  }
+  return loadowned(e, p, &d);
+}
+
+// Plain arrays of a problem, in the user's units.
+void extract(lp *p, filemodel &m, bool withnames) {
+  lpcore *c = p->core;
+  int n = c->numcols, r = c->numrows;
+  m.probname = c->probname ? c->probname : "";
+  m.objname = (withnames && c->objname) ? c->objname : "";
+  m.objsen = c->objsen;
+  m.numcols = n;
+  m.numrows = r;
+  m.obj.resize(n);
+  m.lb.resize(n);
+  m.ub.resize(n);
+  m.rhs.resize(r);
+  m.sense.assign(c->sense, c->sense + r);
+  if (n > 0) {
+    getobj_u(p, m.obj.data(), 0, n - 1);
+    getlb_u(p, m.lb.data(), 0, n - 1);
+    getub_u(p, m.ub.data(), 0, n - 1);
+  }
+  if (r > 0) getrhs_u(p, m.rhs.data(), 0, r - 1);
+  if (c->rngval != nullptr && r > 0) {
+    m.rngval.resize(r);
+    getrng_u(p, m.rngval.data(), 0, r - 1);
+  }
+  if (c->ctype != nullptr) m.ctype.assign(c->ctype, c->ctype + n);
+  m.matbeg.resize(n);
+  m.matcnt.resize(n);
+  for (int j = 0; j < n; ++j) {
+    m.matbeg[j] = static_cast<int>(m.matind.size());
+    for (int k = c->matbeg[j]; k < c->matbeg[j] + c->matcnt[j]; ++k) {
+      m.matind.push_back(c->matind[k]);
+      m.matval.push_back(matval_u(p, k, j));
+    }
+    m.matcnt[j] = static_cast<int>(m.matind.size()) - m.matbeg[j];
+  }
+  if (withnames && c->colname != nullptr)
+    for (int j = 0; j < n; ++j) m.colnames.add(c->colname[j] ? c->colname[j] : "");
+  if (withnames && c->rowname != nullptr)
+    for (int i = 0; i < r; ++i) m.rownames.add(c->rowname[i] ? c->rowname[i] : "");
+}
+
+int readcopy(env *e, lp *p, const char *name, const char *type) {
+  filekind kind = kKindNone;
+  if (type != nullptr) {
+    kind = kindoftype(type);
+    if (kind == kKindNone) return 1424;
+  } else {
+    kind = kindofname(name);
+    if (kind == kKindNone) {
+      int status = sniff(e, name, &kind);
+      if (status) return status;
+      if (kind == kKindNone) return 1424;
+    }
+  }
+  if (isview(p)) return 1023;
+  filemodel m;
+  int status;
+  if (kind == kKindMPS)
+    status = mpsreadfile(e, name, m);
+  else if (kind == kKindLP)
+    status = lpreadfile(e, name, m);
+  else
+    return 1424;  // the set-partitioning and binary forms are read elsewhere
+  if (status) return status;
+  return handover(e, p, m, name);
+}
+
+int writeas(env *e, lp *p, const char *name, filekind kind) {
+  if (kind == kKindNone || kind == kKindPAR || kind == kKindSAV) return 1424;
+  filemodel m;
+  bool generic = kind == kKindRMP || kind == kKindRLP;
+  extract(p, m, !generic);
+  if (kind == kKindMPS || kind == kKindRMP) return mpswritefile(e, name, m);
+  return lpwritefile(e, name, m);
+}
+
+filekind writekind(const char *name, const char *type, int *status) {
+  std::string t;
+  if (type != nullptr) {
+    t = type;
+  } else {
+    std::string s(name);
+    if (iscompressed(name)) s = s.substr(0, s.rfind('.'));
+    size_t dot = s.rfind('.');
+    if (dot == std::string::npos) {
+      *status = 1424;
+      return kKindNone;
+    }
+    t = s.substr(dot + 1);
+  }
+  if (t.size() > 3) {
+    *status = 1424;
+    return kKindNone;
+  }
+  const char *tt = t.c_str();
+  if (ciprefix("MPS", tt)) return kKindMPS;
+  if (ciprefix("RMP", tt) || ciprefix("REW", tt)) return kKindRMP;
+  if (ciprefix("LP", tt)) return kKindLP;
+  if (ciprefix("RLP", tt)) return kKindRLP;
+  if (ciprefix("SAV", tt)) return kKindSAV;
+  *status = 1424;
+  return kKindNone;
+}
+
+// Common frame of the writers: handle tests, the change cache, the name.
+int writeframe(env *e, lp *p, const char *name, filekind kind, const char *type) {
+  int status = 0;
+  if (!checkenv(e)) return kNoEnvironment;
+  if (!checklp(p)) {
+    status = kNoProblem;
+  } else {
+    try {
+      status = cache_flush(e, p);
+      if (status == 0 && (name == nullptr || name[0] == '\0')) status = 1421;
+      if (status == 0 && kind == kKindNone) kind = writekind(name, type, &status);
+      if (status == 0) status = writeas(e, p, name, kind);
+    } catch (const std::bad_alloc &) {
+      status = kNoMemory;
+    }
+  }
+  if (status) report(e, &status);
+  return status;
+}
+
+}  // namespace
+
+}  // namespace velto
+
+using namespace velto;
+
+extern "C" {
+
+int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype) {
+  int status = 0;
+  if (!checkenv(env)) return kNoEnvironment;
+  if (!checklp(lp)) {
+    status = kNoProblem;
+  } else if (filename == nullptr || filename[0] == '\0') {
+    status = 1421;
+  } else {
+    try {
+      status = readcopy(env, lp, filename, filetype);
+    } catch (const std::bad_alloc &) {
+      status = kNoMemory;
+    }
+  }
+  if (status) report(env, &status);
+  return status;
+}
+
+int VLTwriteprob(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype) {
+  return writeframe(env, lp, filename, kKindNone, filetype);
+}
+
+int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
+  return writeframe(env, lp, filename, kKindMPS, nullptr);
+}
+
+int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
+  return writeframe(env, lp, filename, kKindRMP, nullptr);
+}
+
+int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
+  return writeframe(env, lp, filename, kKindLP, nullptr);
+}
+
+int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
+  return writeframe(env, lp, filename, kKindRLP, nullptr);
+}
+
+}  // extern "C"

@@ -1,0 +1,221 @@
+// Name tables, the line source and the number conversion of the readers.
+#include "fileio/rwutil.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdlib>
+
+namespace velto {
+
+// ---- names ------------------------------------------------------------------------------
+
+uint64_t nametable::hash(std::string_view s) {
+  uint64_t h = 1469598103934665603ull;
+  for (unsigned char c : s) {
+    h ^= c;
+    h *= 1099511628211ull;
+  }
+  return h ^ (h >> 29);
+}
+
+void nametable::grow() {
+  size_t n = slots_.empty() ? 1024 : slots_.size() * 2;
+  std::vector<int> old;
+  old.swap(slots_);
+  slots_.assign(n, -1);
+  count_ = 0;
+  for (int i : old)
+    if (i >= 0) {
+      size_t mask = slots_.size() - 1;
+      size_t k = hash(std::string_view(store_.get(i), store_.len(i))) & mask;
+      while (slots_[k] >= 0) k = (k + 1) & mask;
+      slots_[k] = i;
+      ++count_;
+    }
+}
+
+int nametable::find(std::string_view name) const {
+  if (slots_.empty()) return -1;
+  size_t mask = slots_.size() - 1;
+  size_t k = hash(name) & mask;
+  while (true) {
+    int i = slots_[k];
+    if (i < 0) return -1;
+    if (store_.len(i) == name.size() && std::memcmp(store_.get(i), name.data(), name.size()) == 0)
+      return i;
+    k = (k + 1) & mask;
+  }
+}
+
+int nametable::insert(int i) {
+  if (static_cast<size_t>(count_ + 1) * 2 > slots_.size()) grow();
+  std::string_view name(store_.get(i), store_.len(i));
+  size_t mask = slots_.size() - 1;
+  size_t k = hash(name) & mask;
+  while (slots_[k] >= 0) {
+    int j = slots_[k];
+    if (store_.len(j) == name.size() && std::memcmp(store_.get(j), name.data(), name.size()) == 0)
+      return j;
+    k = (k + 1) & mask;
+  }
+  slots_[k] = i;
+  ++count_;
+  return -1;
+}
+
+// ---- lines ------------------------------------------------------------------------------
+
+char *linereader::next(size_t *len) {
+  while (true) {
+    char *start = buf_.data() + pos_;
+    char *nl = static_cast<char *>(std::memchr(start, '\n', end_ - pos_));
+    if (nl == nullptr && eof_ && pos_ < end_) {
+      // Last line without a line end: close it in the spare byte.
+      if (end_ == buf_.size()) buf_.push_back('\0');
+      start = buf_.data() + pos_;
+      nl = buf_.data() + end_;
+      ++end_;
+    }
+    if (nl != nullptr) {
+      size_t n = static_cast<size_t>(nl - start);
+      *nl = '\0';
+      if (n > 0 && start[n - 1] == '\r') start[--n] = '\0';
+      pos_ = static_cast<size_t>(nl - buf_.data()) + 1;
+      *len = n;
+      return start;
+    }
+    if (eof_) return nullptr;
+    // Move the unfinished line to the front and read more.
+    size_t rest = end_ - pos_;
+    if (pos_ > 0) std::memmove(buf_.data(), buf_.data() + pos_, rest);
+    pos_ = 0;
+    end_ = rest;
+    if (end_ + 65536 > buf_.size()) buf_.resize(buf_.size() * 2);
+    size_t got = std::fread(buf_.data() + end_, 1, buf_.size() - end_, fp_);
+    if (got == 0) {
+      eof_ = true;
+      if (std::ferror(fp_)) failed_ = true;
+    }
+    end_ += got;
+  }
+}
+
+// ---- numbers ----------------------------------------------------------------------------
+
+namespace {
+
+const double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                         1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+inline bool isexpletter(char c) { return c == 'e' || c == 'E' || c == 'd' || c == 'D'; }
+
+}  // namespace
+
+int parsenumber(std::string_view tok, double *value, bool allowinf) {
+  size_t n = tok.size();
+  *value = 0.0;
+  if (n == 0) return 0;
+  size_t i = 0;
+  bool neg = false;
+  if (tok[0] == '+' || tok[0] == '-') {
+    neg = tok[0] == '-';
+    i = 1;
+    if (n == 1) {
+      *value = neg ? -1.0 : 1.0;
+      return 0;
+    }
+  }
+  if (allowinf && (n - i == 3 || n - i == 8)) {
+    std::string_view w = tok.substr(i);
+    static const char kInf[] = "INFINITY";
+    bool match = true;
+    for (size_t k = 0; k < w.size(); ++k)
+      if ((w[k] & ~0x20) != kInf[k]) match = false;
+    if (match) {
+      *value = neg ? -1e20 : 1e20;
+      return 0;
+    }
+  }
+  // Mantissa: significant digits and the position of the point.
+  char digits[800];
+  int nd = 0;
+  int dropped = 0;  // integer digits beyond the buffer
+  int point = 0;    // decimal exponent correction from fraction digits
+  bool any = false;
+  uint64_t m = 0;
+  for (; i < n && tok[i] >= '0' && tok[i] <= '9'; ++i) {
+    any = true;
+    if (nd == 0 && tok[i] == '0') continue;
+    if (nd < 780) {
+      digits[nd++] = tok[i];
+      if (nd <= 19) m = m * 10 + static_cast<uint64_t>(tok[i] - '0');
+    } else {
+      ++dropped;
+    }
+  }
+  if (i < n && tok[i] == '.') {
+    for (++i; i < n && tok[i] >= '0' && tok[i] <= '9'; ++i) {
+      any = true;
+      if (nd == 0 && tok[i] == '0') {
+        --point;
+        continue;
+      }
+      if (nd < 780) {
+        digits[nd++] = tok[i];
+        if (nd <= 19) m = m * 10 + static_cast<uint64_t>(tok[i] - '0');
+        --point;
+      }
+    }
+  }
+  point += dropped;
+  long exp = 0;
+  if (i < n && isexpletter(tok[i])) {
+    if (!any) return 3;
+    ++i;
+    bool eneg = false;
+    if (i < n && (tok[i] == '+' || tok[i] == '-')) eneg = tok[i++] == '-';
+    if (i >= n || tok[i] < '0' || tok[i] > '9') return 4;
+    for (; i < n && tok[i] >= '0' && tok[i] <= '9'; ++i)
+      if (exp < 100000) exp = exp * 10 + (tok[i] - '0');
+    if (eneg) {
+      // Exponents down to -38 are honoured; smaller ones read as zero.
+      if (exp > 38) {
+        if (i != n) return 1;
+        *value = 0.0;
+        return 0;
+      }
+      exp = -exp;
+    } else if (exp > 37) {
+      return i == n ? 2 : 1;
+    }
+  }
+  if (i != n || !any) return 1;
+  if (nd == 0) {
+    *value = neg ? -0.0 : 0.0;
+    *value = 0.0;
+    return 0;
+  }
+  long e10 = exp + point;
+  double v;
+  if (nd <= 19 && m <= (1ull << 53) && e10 >= -22 && e10 <= 22) {
+    v = static_cast<double>(m);
+    v = e10 >= 0 ? v * kPow10[e10] : v / kPow10[-e10];
+  } else {
+    char buf[840];
+    std::memcpy(buf, digits, static_cast<size_t>(nd));
+    std::snprintf(buf + nd, sizeof buf - static_cast<size_t>(nd), "e%ld", e10);
+    v = std::strtod(buf, nullptr);
+  }
+  *value = neg ? -v : v;
+  return 0;
+}
+
+int fileerror(env *e, int code, ...) {
+  va_list ap;
+  va_start(ap, code);
+  vmsg(e->errchannel, errtext(e, code), ap);
+  va_end(ap);
+  return -code;
+}
+
+}  // namespace velto

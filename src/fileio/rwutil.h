@@ -1,0 +1,126 @@
+// Shared pieces of the model file readers and writers: the plain arrays a
+// reader fills (and a writer prints), name stores with hash look-up, a fast
+// line source and the number conversion of the text formats.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "env/env.h"
+
+namespace velto {
+
+// Names end to end, each closed by a NUL, with the offset of each.
+struct namestore {
+  std::vector<char> text;
+  std::vector<int64_t> off;
+  int size() const { return static_cast<int>(off.size()); }
+  const char *get(int i) const { return text.data() + off[i]; }
+  size_t len(int i) const {
+    int64_t end = (i + 1 < size()) ? off[i + 1] - 1 : static_cast<int64_t>(text.size()) - 1;
+    return static_cast<size_t>(end - off[i]);
+  }
+  void add(std::string_view s) {
+    off.push_back(static_cast<int64_t>(text.size()));
+    text.insert(text.end(), s.begin(), s.end());
+    text.push_back('\0');
+  }
+  void clear() {
+    text.clear();
+    off.clear();
+  }
+  // Array of pointers into the store, for loading calls.
+  std::vector<char *> pointers() {
+    std::vector<char *> p(off.size());
+    for (size_t i = 0; i < off.size(); ++i) p[i] = text.data() + off[i];
+    return p;
+  }
+};
+
+// Open-addressing hash from names of a store to their index.
+class nametable {
+ public:
+  explicit nametable(const namestore &s) : store_(s) {}
+  // Index of the name, or -1.
+  int find(std::string_view name) const;
+  // Enters index i (the store's name i); returns the index already holding
+  // the same name, or -1 if the name was new.
+  int insert(int i);
+  void clear() {
+    slots_.clear();
+    count_ = 0;
+  }
+
+ private:
+  static uint64_t hash(std::string_view s);
+  void grow();
+  const namestore &store_;
+  std::vector<int> slots_;
+  int count_ = 0;
+};
+
+// A model as plain arrays, in the form loading calls take.
+struct filemodel {
+  std::string probname;
+  std::string objname;  // empty: none
+  int objsen = 1;
+  int numrows = 0;
+  int numcols = 0;
+  std::vector<double> obj, rhs, lb, ub, rngval;  // rngval empty: no ranges
+  std::vector<char> sense, ctype;                // ctype empty: continuous model
+  std::vector<int> matbeg, matcnt, matind;
+  std::vector<double> matval;
+  namestore rownames, colnames;  // empty: no names
+  // Special ordered sets, kept as read.
+  std::vector<char> sostype;
+  std::vector<int> sosbeg, sosind;
+  std::vector<double> soswt;
+  // Quadratic objective entries (column, column, value), as read.
+  std::vector<int> qrow, qcol;
+  std::vector<double> qval;
+  int64_t nnz() const { return matind.size(); }
+};
+
+// Reads a file line by line from a large buffer.  Lines are returned NUL
+// terminated with the line end (and a carriage return before it) removed.
+class linereader {
+ public:
+  explicit linereader(FILE *fp) : fp_(fp), buf_(1 << 20) {}
+  // Next line or null at the end; `len` gets its length.
+  char *next(size_t *len);
+  bool failed() const { return failed_; }
+
+ private:
+  FILE *fp_;
+  std::vector<char> buf_;
+  size_t pos_ = 0, end_ = 0;
+  bool eof_ = false, failed_ = false;
+};
+
+// Number conversion of the text formats.  Returns 0 with the value, or
+// 1 (not a number), 2 (exponent out of range), 3 (exponent letter without a
+// digit before it), 4 (exponent letter without a digit after it).
+// A token of a lone sign is 1.0 or -1.0; an empty token is 0.
+// "inf" and "infinity" (any case, optional sign) give 1e20 when `allowinf`.
+int parsenumber(std::string_view tok, double *value, bool allowinf);
+
+// Prints an error line whose table text has conversions; returns -code.
+int fileerror(env *e, int code, ...);
+
+// Readers and writers (one file each).
+int mpsreadfile(env *e, const char *name, filemodel &m);
+int lpreadfile(env *e, const char *name, filemodel &m);
+int mpswritefile(env *e, const char *name, const filemodel &m);
+int lpwritefile(env *e, const char *name, const filemodel &m);
+
+// Formats a number for the MPS writer: at most 12 characters.
+void mpsnumber(double v, char *out);
+// Formats a number for the LP writer (15 significant digits).
+void lpnumber(double v, char *out);
+
+}  // namespace velto
