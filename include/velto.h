@@ -408,6 +408,8 @@ VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
  * Optimizers
  * ------------------------------------------------------------------------ */
 /* @@OPTIMIZERS@@ */
+VLTAPI int VLTlpopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTprimopt(VLTENVptr env, VLTLPptr lp);
 
 #ifdef __cplusplus
 }

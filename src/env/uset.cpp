@@ -8,7 +8,6 @@ namespace velto {
 
 namespace {
 
-constexpr int kBadArgumentCode = kBadArgument;
 constexpr int kStrTooLong = 1026;
 
 // The descriptor of `number` if it has `kind`; otherwise 1013.
@@ -63,7 +62,7 @@ int VLTsetdblparam(VLTENVptr env, int whichparam, double newvalue) {
   if (status == 0) {
     // Equal bounds mean no bound at all; a NaN is never a value.
     if (std::isnan(newvalue))
-      status = kBadArgumentCode;
+      status = kBadArgument;
     else if (d->dblmin != d->dblmax && newvalue < d->dblmin)
       status = kParamTooSmall;
     else if (d->dblmin != d->dblmax && newvalue > d->dblmax)

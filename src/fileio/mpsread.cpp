@@ -97,7 +97,6 @@ class mpsreader {
   int extrawarn_ = 0;
   bool emptynum_ = false;
   token tok_[kMaxTok + 1];
-  int ntok_ = 0;
 
   // Rows as in the file.
   namestore rownames_;
@@ -812,6 +811,11 @@ int mpsreader::run() {
 }
 
 }  // namespace
+
+int mpsreadfp(env *e, FILE *fp, filemodel &m) {
+  mpsreader r(e, fp, m);
+  return r.run();
+}
 
 int mpsreadfile(env *e, const char *name, filemodel &m) {
   int status = 0;

@@ -67,31 +67,36 @@ int nametable::insert(int i) {
 
 char *linereader::next(size_t *len) {
   while (true) {
-    char *start = buf_.data() + pos_;
+    char *base = buf_.get();
+    char *start = base + pos_;
     char *nl = static_cast<char *>(std::memchr(start, '\n', end_ - pos_));
     if (nl == nullptr && eof_ && pos_ < end_) {
-      // Last line without a line end: close it in the spare byte.
-      if (end_ == buf_.size()) buf_.push_back('\0');
-      start = buf_.data() + pos_;
-      nl = buf_.data() + end_;
+      // Last line without a line end: it is closed in the spare byte that
+      // every read leaves free.
+      nl = base + end_;
       ++end_;
     }
     if (nl != nullptr) {
       size_t n = static_cast<size_t>(nl - start);
       *nl = '\0';
       if (n > 0 && start[n - 1] == '\r') start[--n] = '\0';
-      pos_ = static_cast<size_t>(nl - buf_.data()) + 1;
+      pos_ = static_cast<size_t>(nl - base) + 1;
       *len = n;
       return start;
     }
     if (eof_) return nullptr;
     // Move the unfinished line to the front and read more.
     size_t rest = end_ - pos_;
-    if (pos_ > 0) std::memmove(buf_.data(), buf_.data() + pos_, rest);
+    if (pos_ > 0) std::memmove(base, base + pos_, rest);
     pos_ = 0;
     end_ = rest;
-    if (end_ + 65536 > buf_.size()) buf_.resize(buf_.size() * 2);
-    size_t got = std::fread(buf_.data() + end_, 1, buf_.size() - end_, fp_);
+    if (end_ + 4096 > cap_) {
+      std::unique_ptr<char[]> bigger(new char[cap_ * 2]);
+      std::memcpy(bigger.get(), base, end_);
+      buf_.swap(bigger);
+      cap_ *= 2;
+    }
+    size_t got = std::fread(buf_.get() + end_, 1, cap_ - end_ - 1, fp_);
     if (got == 0) {
       eof_ = true;
       if (std::ferror(fp_)) failed_ = true;

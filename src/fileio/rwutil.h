@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -90,14 +91,15 @@ struct filemodel {
 // terminated with the line end (and a carriage return before it) removed.
 class linereader {
  public:
-  explicit linereader(FILE *fp) : fp_(fp), buf_(1 << 20) {}
+  explicit linereader(FILE *fp) : fp_(fp), buf_(new char[1 << 18]), cap_(1 << 18) {}
   // Next line or null at the end; `len` gets its length.
   char *next(size_t *len);
   bool failed() const { return failed_; }
 
  private:
   FILE *fp_;
-  std::vector<char> buf_;
+  std::unique_ptr<char[]> buf_;
+  size_t cap_;
   size_t pos_ = 0, end_ = 0;
   bool eof_ = false, failed_ = false;
 };
@@ -115,6 +117,9 @@ int fileerror(env *e, int code, ...);
 // Readers and writers (one file each).
 int mpsreadfile(env *e, const char *name, filemodel &m);
 int lpreadfile(env *e, const char *name, filemodel &m);
+// The same on an open stream (used by the fuzz targets).
+int mpsreadfp(env *e, FILE *fp, filemodel &m);
+int lpreadfp(env *e, FILE *fp, filemodel &m);
 int mpswritefile(env *e, const char *name, const filemodel &m);
 int lpwritefile(env *e, const char *name, const filemodel &m);
 

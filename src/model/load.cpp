@@ -433,8 +433,8 @@ int makecore(env *e, lpload *d, lpcore **out) {
   c->flag1 = c->flag2 = c->flag3 = 1;
   c->rowfilemul = par_rfilemul(e);
   c->colfilemul = par_cfilemul(e);
-  c->modeltol[0] = c->modeltol[2] = 1e-6;
-  c->modeltol[1] = c->modeltol[3] = 1e-6;
+  c->modeltol[0] = c->modeltol[2] = par_tol1050(e);
+  c->modeltol[1] = c->modeltol[3] = par_tol1049(e);
   c->totcols = c->allcols = c->allcols0 = c->numcols;
   int status = 0;
   if (!c->obj || !c->rhs || !c->sense || !c->matbeg || !c->matcnt || !c->matind || !c->matval ||

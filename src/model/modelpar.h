@@ -13,5 +13,7 @@ int par_datacheck(const env *e);
 double par_epopt(const env *e);
 double par_rfilemul(const env *e);
 double par_cfilemul(const env *e);
+double par_tol1049(const env *e);
+double par_tol1050(const env *e);
 
 }  // namespace velto

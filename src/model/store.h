@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstring>
+#include <new>
 
 #include "model/lp.h"
 
@@ -62,6 +63,35 @@ int appendrows(env *e, lp *p, int rcnt, const double *rhs, const char *sense,
 // existing entries overwritten.
 int insertentries(env *e, lp *p, int cnt, const int *rows, const int *cols,
                   const double *vals);
+
+// Space/surplus copy of names src[begin..end] (all non-null).
+int copynames(char *const *src, int begin, int end, char **names, char *store, int space,
+              int *surplus);
+uint32_t namehashvalue(const char *s, int nbuckets);
+int bucketcount(long long expected);
+
+// Frame of the queries: handles, following a view, folding the cache.
+inline int queryframe(env *e, lp **pp) {
+  if (!checkenv(e)) return kNoEnvironment;
+  if (!checklpfollow(pp)) return kNoProblem;
+  return cache_flush(e, *pp);
+}
+// Frame of the changes: handles and the view test; the cache is not folded.
+inline int changeframe(env *e, lp *p) {
+  if (!checkenv(e)) return kNoEnvironment;
+  if (!checklp(p)) return kNoProblem;
+  if (isview(p) || p->probtype == kTypeZeroedQP) return 1023;
+  return 0;
+}
+// Catches allocation failures at the exported boundary.
+template <class F>
+inline int guarded(F &&f) {
+  try {
+    return f();
+  } catch (const std::bad_alloc &) {
+    return kNoMemory;
+  }
+}
 
 // Bound classification.
 inline void clampbound(double &lb, double &ub, int &lk, int &uk) {

@@ -1,6 +1,8 @@
 // Changes to a loaded model, and dropstate: which derived layers survive a
 // change.
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -185,4 +187,909 @@ void dropstate(env *e, lp *p, int event) {
   }
 }
 
+// ---- growing the model -----------------------------------------------------------------
+
+namespace {
+
+// Keeps the start record in step with the model's counts: new columns at
+// lower bound, new rows basic.
+int start_fit(lp *p, int n0, int m0) {
+  start *s = p->start;
+  if (s == nullptr) return 0;
+  const lpcore *c = p->core;
+  if (c->colspace > s->colcap) {
+    size_t n = c->colspace;
+    if (s->colstat && !growarray(s->colstat, n)) return kNoMemory;
+    if (s->xstart && !growarray(s->xstart, n)) return kNoMemory;
+    if (s->djstart && !growarray(s->djstart, n)) return kNoMemory;
+    s->colcap = c->colspace;
+  }
+  if (c->rowspace > s->rowcap) {
+    size_t n = c->rowspace;
+    if (s->rowstat && !growarray(s->rowstat, n)) return kNoMemory;
+    if (s->slackstart && !growarray(s->slackstart, n)) return kNoMemory;
+    if (s->pistart && !growarray(s->pistart, n)) return kNoMemory;
+    s->rowcap = c->rowspace;
+  }
+  for (int j = n0; j < c->numcols; ++j) {
+    if (s->colstat) s->colstat[j] = c->lbkind[j] == kBoundInfinite
+                                        ? (c->ubkind[j] == kBoundInfinite ? 3 : 2) : 0;
+    if (s->xstart) s->xstart[j] = 0.0;
+    if (s->djstart) s->djstart[j] = c->obj[j];
+  }
+  for (int i = m0; i < c->numrows; ++i) {
+    if (s->rowstat) s->rowstat[i] = 1;
+    if (s->slackstart) s->slackstart[i] = 0.0;
+    if (s->pistart) s->pistart[i] = 0.0;
+  }
+  return 0;
+}
+
+// Writes the texts of names (or defaults prefix+(first+k+1)) at the end of a
+// model's name store that has room.
+void appendnames(char **ptrs, char *store, uint32_t used, int first, int n, char *const *names,
+                 char prefix) {
+  char *q = store + used;
+  for (int k = 0; k < n; ++k) {
+    const char *nm = names ? names[k] : nullptr;
+    size_t len;
+    if (nm && nm[0]) {
+      len = std::strlen(nm) + 1;
+      std::memcpy(q, nm, len);
+    } else {
+      len = static_cast<size_t>(std::snprintf(q, 13, "%c%d", prefix, first + k + 1)) + 1;
+    }
+    ptrs[first + k] = q;
+    q += len;
+  }
+}
+
+uint32_t newnamebytes(int n, char *const *names) {
+  uint64_t b = 0;
+  for (int k = 0; k < n; ++k) {
+    const char *nm = names ? names[k] : nullptr;
+    b += (nm && nm[0]) ? std::strlen(nm) + 1 : 13;
+  }
+  return static_cast<uint32_t>(std::min<uint64_t>(b, 2099999999u));
+}
+
+}  // namespace
+
+int appendcols(env *e, lp *p, int ccnt, const double *obj, const double *lb, const double *ub,
+               const char *ctype, char *const *names, int nzcnt, const int *beg, const int *ind,
+               const double *val) {
+  if (ccnt <= 0) return 0;
+  lpcore *c = p->core;
+  int n0 = c->numcols, m0 = c->numrows;
+  int nr = c->totcols - c->numcols;
+  int used = usednz(c);
+  int status = 0;
+  bool wantnames = c->colname != nullptr || names != nullptr;
+  if (wantnames && c->colname == nullptr) status = makecolnames(e, p);
+  if (status) return status;
+  uint32_t nameused = wantnames ? storeused(c->colname, n0, c->colnamestore) : 0;
+  uint32_t namereq = wantnames ? nameused + newnamebytes(ccnt, names) : 0;
+  status = ensurespace(e, p, n0 + ccnt + nr, std::max(m0, 1), used + std::max(nzcnt, 0) + nr,
+                       namereq, 0);
+  if (status) return status;
+  if (ctype && c->ctype == nullptr) {
+    c->ctype = allocn<char>(c->colspace);
+    if (c->ctype == nullptr) return kNoMemory;
+    std::fill(c->ctype, c->ctype + c->colspace, 'C');
+  }
+  int pos = used;
+  for (int k = 0; k < ccnt; ++k) {
+    int j = n0 + k;
+    c->obj[j] = obj ? obj[k] : 0.0;
+    c->lb[j] = lb ? lb[k] : 0.0;
+    c->ub[j] = ub ? ub[k] : kInfBound;
+    if (c->colscale) c->colscale[j] = 1.0;
+    if (c->ctype) c->ctype[j] = ctype ? ctype[k] : 'C';
+    c->matbeg[j] = pos;
+    if (beg && ind && val) {
+      int end = k + 1 < ccnt ? beg[k + 1] : nzcnt;
+      for (int q = beg[k]; q < end; ++q) {
+        if (val[q] == 0.0) continue;
+        c->matind[pos] = ind[q];
+        c->matval[pos] = val[q];
+        ++pos;
+      }
+    }
+    c->matcnt[j] = pos - c->matbeg[j];
+  }
+  if (wantnames) appendnames(c->colname, c->colnamestore, nameused, n0, ccnt, names, 'x');
+  c->numcols = n0 + ccnt;
+  status = arrange(p);
+  if (status) return status;
+  arrangeslacks(p);
+  settype(p);
+  return start_fit(p, n0, m0);
+}
+
+int appendrows(env *e, lp *p, int rcnt, const double *rhs, const char *sense,
+               const double *rngval, char *const *names) {
+  if (rcnt <= 0) return 0;
+  lpcore *c = p->core;
+  int n0 = c->numcols, m0 = c->numrows;
+  int newr = 0;
+  for (int k = 0; k < rcnt; ++k) newr += sense && sense[k] == 'R';
+  int nr = c->totcols - c->numcols + newr;
+  int status = 0;
+  bool wantnames = c->rowname != nullptr || names != nullptr;
+  if (wantnames && c->rowname == nullptr) status = makerownames(e, p);
+  if (status) return status;
+  uint32_t nameused = wantnames ? storeused(c->rowname, m0, c->rownamestore) : 0;
+  uint32_t namereq = wantnames ? nameused + newnamebytes(rcnt, names) : 0;
+  status = ensurespace(e, p, std::max(n0 + nr, 1), m0 + rcnt, usednz(c) + nr, 0, namereq);
+  if (status) return status;
+  if (newr > 0 && c->rngval == nullptr) {
+    c->rngval = allocnzero<double>(c->rowspace);
+    if (c->rngval == nullptr) return kNoMemory;
+  }
+  for (int k = 0; k < rcnt; ++k) {
+    int i = m0 + k;
+    c->rhs[i] = rhs ? rhs[k] : 0.0;
+    c->sense[i] = sense ? sense[k] : 'E';
+    if (c->rngval) c->rngval[i] = rngval ? rngval[k] : 0.0;
+    if (c->rowscale) c->rowscale[i] = 1.0;
+  }
+  if (wantnames) appendnames(c->rowname, c->rownamestore, nameused, m0, rcnt, names, 'c');
+  c->numrows = m0 + rcnt;
+  status = arrange(p);
+  if (status) return status;
+  arrangeslacks(p);
+  return start_fit(p, n0, m0);
+}
+
+int insertentries(env *e, lp *p, int cnt, const int *rows, const int *cols, const double *vals) {
+  if (cnt <= 0) return 0;
+  lpcore *c = p->core;
+  int n = c->numcols, m = c->numrows;
+  // Triples grouped by column, in their given order.
+  std::vector<int> first(n + 1, 0), order(cnt);
+  for (int k = 0; k < cnt; ++k) ++first[cols[k] + 1];
+  for (int j = 0; j < n; ++j) first[j + 1] += first[j];
+  {
+    std::vector<int> next(first.begin(), first.end() - 1);
+    for (int k = 0; k < cnt; ++k) order[next[cols[k]]++] = k;
+  }
+  std::vector<int> where(m, -1);
+  std::vector<int> newbeg(n + 1, 0);
+  std::vector<int> ind;
+  std::vector<double> val;
+  ind.reserve(static_cast<size_t>(usednz(c)) + cnt);
+  val.reserve(static_cast<size_t>(usednz(c)) + cnt);
+  for (int j = 0; j < n; ++j) {
+    size_t start = ind.size();
+    for (int k = c->matbeg[j]; k < c->matbeg[j] + c->matcnt[j]; ++k) {
+      where[c->matind[k]] = static_cast<int>(ind.size());
+      ind.push_back(c->matind[k]);
+      val.push_back(c->matval[k]);
+    }
+    for (int q = first[j]; q < first[j + 1]; ++q) {
+      int t = order[q];
+      int i = rows[t];
+      double v = vals[t];
+      if (c->rowscale) v /= c->rowscale[i];
+      if (c->colscale) v /= c->colscale[j];
+      if (where[i] >= 0) {
+        val[where[i]] = v;
+      } else {
+        where[i] = static_cast<int>(ind.size());
+        ind.push_back(i);
+        val.push_back(v);
+      }
+    }
+    // Close up over entries that became zero, and clear the marks.
+    size_t out = start;
+    for (size_t k = start; k < ind.size(); ++k) {
+      where[ind[k]] = -1;
+      if (val[k] == 0.0) continue;
+      ind[out] = ind[k];
+      val[out] = val[k];
+      ++out;
+    }
+    ind.resize(out);
+    val.resize(out);
+    newbeg[j + 1] = static_cast<int>(out);
+  }
+  int nr = c->totcols - c->numcols;
+  int total = static_cast<int>(ind.size());
+  int status = ensurespace(e, p, std::max(n + nr, 1), std::max(m, 1), total + nr, 0, 0);
+  if (status) return status;
+  if (total > 0) {
+    std::memcpy(c->matind, ind.data(), sizeof(int) * total);
+    std::memcpy(c->matval, val.data(), sizeof(double) * total);
+  }
+  for (int j = 0; j < n; ++j) {
+    c->matbeg[j] = newbeg[j];
+    c->matcnt[j] = newbeg[j + 1] - newbeg[j];
+  }
+  return arrange(p);
+}
+
 }  // namespace velto
+
+// ---- exported changes ---------------------------------------------------------------------
+
+using namespace velto;
+
+namespace {
+
+int finish(env *e, int status) {
+  if (status) report(e, &status);
+  return status;
+}
+
+// Tests a list of indices against [0, limit); prints the row or column line.
+int checkindices(env *e, int cnt, const int *indices, int limit, bool rows) {
+  for (int k = 0; k < cnt; ++k)
+    if (indices[k] < 0 || indices[k] >= limit) {
+      msg(e->errchannel, errtext(e, rows ? 1203 : 1201), indices[k]);
+      return rows ? -1203 : -1201;
+    }
+  return 0;
+}
+
+bool goodsense(char s) { return s == 'L' || s == 'G' || s == 'E' || s == 'R'; }
+bool goodctype(char t) { return t == 'C' || t == 'B' || t == 'I' || t == 'S' || t == 'N'; }
+
+// Checks a block of sparse vectors: starts ascending and inside nz, indices
+// in [0, limit), and with the data check no index twice in one vector.
+int checkvectors(env *e, int vectors, int nz, const int *beg, const int *ind, int limit,
+                 bool rowvectors, bool full) {
+  if (nz == 0) return 0;
+  if (beg[0] < 0) return kIndexRange;
+  for (int v = 0; v < vectors; ++v) {
+    if (v > 0 && beg[v] < beg[v - 1]) {
+      msg(e->errchannel, errtext(e, 1226), v);
+      return -1226;
+    }
+    if (beg[v] > nz) {
+      msg(e->errchannel, errtext(e, 1227), v);
+      return -1227;
+    }
+  }
+  std::vector<int> mark;
+  if (full) mark.assign(limit, -1);
+  for (int v = 0; v < vectors; ++v) {
+    int end = v + 1 < vectors ? beg[v + 1] : nz;
+    for (int k = beg[v]; k < end; ++k) {
+      int i = ind[k];
+      if (i < 0 || i >= limit) {
+        msg(e->errchannel, errtext(e, rowvectors ? 1201 : 1203), k);
+        return rowvectors ? -1201 : -1203;
+      }
+      if (full) {
+        if (mark[i] == v) {
+          msg(e->errchannel, errtext(e, 1222));
+          return -1222;
+        }
+        mark[i] = v;
+      }
+    }
+  }
+  return 0;
+}
+
+int checknames(env *e, int n, char **names) {
+  for (int k = 0; names && k < n; ++k)
+    if (names[k] == nullptr) {
+      msg(e->errchannel, errtext(e, 1224), k);
+      return -1224;
+    }
+  return 0;
+}
+
+// Bound value rules; returns false when the value is to be ignored.
+bool boundvalue(env *e, char kind, double v, double &stored, int &bkind) {
+  if (kind == 'L' && v >= kInfBound) {
+    msg(e->warnchannel, "Warning:  Infinity lower bound ignored.\n");
+    return false;
+  }
+  if (kind == 'U' && v <= -kInfBound) {
+    msg(e->warnchannel, "Warning:  -Infinity upper bound ignored.\n");
+    return false;
+  }
+  if (kind == 'L' && v <= -kInfBound) { stored = -kInfBound; bkind = kBoundInfinite; return true; }
+  if (kind == 'U' && v >= kInfBound) { stored = kInfBound; bkind = kBoundInfinite; return true; }
+  if (std::fabs(v) < 1e-10) { stored = 0.0; bkind = kBoundZero; return true; }
+  stored = v;
+  bkind = kBoundFinite;
+  return true;
+}
+
+// Repairs one column's status after a bound change.
+int repairstatus(int st, int lk, int uk) {
+  if (st == 1) return st;
+  if (lk == kBoundInfinite && uk == kBoundInfinite) return 3;
+  if (st == 0 && lk == kBoundInfinite) return 2;
+  if (st == 2 && uk == kBoundInfinite) return 0;
+  if (st == 3) return lk != kBoundInfinite ? 0 : (uk != kBoundInfinite ? 2 : 3);
+  return st;
+}
+
+int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const double *bd) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (cnt < 0) return kBadArgument;
+  if (cnt == 0) return 0;
+  if (!indices || !lu || !bd) return kNullPointer;
+  lpcore *c = p->core;
+  int n = c->numcols;
+  status = checkindices(e, cnt, indices, n + pendingcols(p), false);
+  if (status) return status;
+  for (int k = 0; k < cnt; ++k)
+    if (lu[k] != 'L' && lu[k] != 'U' && lu[k] != 'B') {
+      msg(e->errchannel, errtext(e, 1229), k);
+      return -1229;
+    }
+  bool fired = false;
+  double epopt = par_epopt(e);
+  for (int k = 0; k < cnt; ++k) {
+    int j = indices[k];
+    char kind = lu[k];
+    if (j >= n) {
+      cache *ch = c->cache;
+      int q = j - ch->basecols;
+      for (char part : {'L', 'U'}) {
+        if (kind != part && kind != 'B') continue;
+        double v;
+        int bk;
+        if (!boundvalue(e, part, bd[k], v, bk)) continue;
+        (part == 'L' ? ch->clb : ch->cub)[q] = v;
+      }
+      continue;
+    }
+    if (!fired) {
+      dropstate(e, p, 4);
+      fired = true;
+    }
+    bool wasfixed = c->lbkind[j] != kBoundInfinite && c->ubkind[j] != kBoundInfinite &&
+                    c->lb[j] == c->ub[j];
+    for (char part : {'L', 'U'}) {
+      if (kind != part && kind != 'B') continue;
+      double v;
+      int bk;
+      if (!boundvalue(e, part, bd[k], v, bk)) continue;
+      if (bk == kBoundFinite && c->colscale) v *= c->colscale[j];
+      if (part == 'L') { c->lb[j] = v; c->lbkind[j] = bk; }
+      else { c->ub[j] = v; c->ubkind[j] = bk; }
+    }
+    int lk = c->lbkind[j], uk = c->ubkind[j];
+    if (p->start && p->start->colstat) p->start->colstat[j] = repairstatus(p->start->colstat[j], lk, uk);
+    soln *s = p->soln;
+    if (s && s->cstat && j < s->cols) {
+      int st = repairstatus(s->cstat[j], lk, uk);
+      bool nowfixed = lk != kBoundInfinite && uk != kBoundInfinite && c->lb[j] == c->ub[j];
+      if (wasfixed && !nowfixed && s->hasbasis && st != 1 && s->dj &&
+          std::fabs(s->dj[j]) <= epopt && lk != kBoundInfinite && uk != kBoundInfinite)
+        st = kind == 'L' ? 2 : 0;
+      s->cstat[j] = st;
+    }
+  }
+  return 0;
+}
+
+int chgobj(env *e, lp *p, int cnt, const int *indices, const double *values) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (cnt < 0) return kBadArgument;
+  if (cnt == 0) return 0;
+  if (!indices || !values) return kNullPointer;
+  lpcore *c = p->core;
+  int n = c->numcols;
+  status = checkindices(e, cnt, indices, n + pendingcols(p), false);
+  if (status) return status;
+  bool fired = false;
+  for (int k = 0; k < cnt; ++k) {
+    int j = indices[k];
+    if (j >= n) {
+      c->cache->cobj[j - c->cache->basecols] = values[k];
+      continue;
+    }
+    if (!fired) {
+      dropstate(e, p, 14);
+      fired = true;
+    }
+    double v = c->colscale ? values[k] / c->colscale[j] : values[k];
+    double delta = v - c->obj[j];
+    c->obj[j] = v;
+    soln *s = p->soln;
+    if (s && s->dj && j < s->cols) s->dj[j] += c->objsen * delta;
+  }
+  return 0;
+}
+
+int chgrhs(env *e, lp *p, int cnt, const int *indices, const double *values) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (cnt < 0) return kBadArgument;
+  if (cnt == 0) return 0;
+  if (!indices || !values) return kNullPointer;
+  lpcore *c = p->core;
+  int m = c->numrows;
+  status = checkindices(e, cnt, indices, m + pendingrows(p), true);
+  if (status) return status;
+  bool fired = false;
+  for (int k = 0; k < cnt; ++k) {
+    int i = indices[k];
+    if (i >= m) {
+      c->cache->rrhs[i - c->cache->baserows] = values[k];
+      continue;
+    }
+    if (!fired) {
+      dropstate(e, p, 8);
+      fired = true;
+    }
+    double v = c->rowscale ? values[k] / c->rowscale[i] : values[k];
+    double delta = v - c->rhs[i];
+    c->rhs[i] = v;
+    soln *s = p->soln;
+    if (s && s->slack && i < s->rows)
+      s->slack[i] += (c->sense[i] == 'G' || c->sense[i] == 'R') ? -delta : delta;
+  }
+  return 0;
+}
+
+int chgsense(env *e, lp *p, int cnt, const int *indices, const char *sense) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (cnt < 0) return kBadArgument;
+  if (cnt == 0) return 0;
+  if (!indices || !sense) return kNullPointer;
+  lpcore *c = p->core;
+  int m = c->numrows;
+  status = checkindices(e, cnt, indices, m + pendingrows(p), true);
+  if (status) return status;
+  for (int k = 0; k < cnt; ++k)
+    if (!goodsense(sense[k])) {
+      msg(e->errchannel, errtext(e, 1215), k);
+      return -1215;
+    }
+  int inmodel = 0, toR = 0;
+  for (int k = 0; k < cnt; ++k) {
+    if (indices[k] < m) {
+      ++inmodel;
+      toR += sense[k] == 'R';
+    }
+  }
+  if (inmodel > 0) {
+    dropstate(e, p, 33);
+    // Room for every row becoming ranged, at worst.
+    int nr = c->totcols - c->numcols + toR;
+    status = ensurespace(e, p, c->numcols + nr, std::max(m, 1), usednz(c) + nr, 0, 0);
+    if (status) return status;
+    if (toR > 0 && c->rngval == nullptr) {
+      c->rngval = allocnzero<double>(c->rowspace);
+      if (c->rngval == nullptr) return kNoMemory;
+    }
+  }
+  for (int k = 0; k < cnt; ++k) {
+    int i = indices[k];
+    if (i >= m) {
+      c->cache->rsense[i - c->cache->baserows] = sense[k];
+      continue;
+    }
+    char old = c->sense[i];
+    c->sense[i] = sense[k];
+    if (p->start && p->start->rowstat && sense[k] != 'R' && p->start->rowstat[i] != 1)
+      p->start->rowstat[i] = 0;
+    soln *s = p->soln;
+    bool oldlow = old == 'L' || old == 'E', newlow = sense[k] == 'L' || sense[k] == 'E';
+    if (s && s->slack && i < s->rows && oldlow != newlow) s->slack[i] = -s->slack[i];
+  }
+  if (inmodel > 0) {
+    status = arrange(p);
+    if (status) return status;
+    arrangeslacks(p);
+  }
+  return 0;
+}
+
+// Adds columns: straight into the model when it has room and nothing is
+// pending, else through the change cache.
+int addcols(env *e, lp *p, int ccnt, int nzcnt, const double *obj, const int *beg,
+            const int *ind, const double *val, const double *lb, const double *ub,
+            const char *ctype, char **names, bool withnz) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (ccnt < 0 || nzcnt < 0) return kBadArgument;
+  if (ccnt == 0) return 0;
+  if (withnz && nzcnt > 0 && (!beg || !ind || !val)) return kNullPointer;
+  bool full = par_datacheck(e) != 0;
+  lpcore *c = p->core;
+  int m = c->numrows + pendingrows(p);
+  if (withnz && nzcnt > 0) {
+    status = checkvectors(e, ccnt, nzcnt, beg, ind, m, false, full);
+    if (status) return status;
+  }
+  if (full) {
+    status = checknames(e, ccnt, names);
+    if (status) return status;
+    for (int k = 0; ctype && k < ccnt; ++k)
+      if (!goodctype(ctype[k])) {
+        msg(e->errchannel, errtext(e, 3021), k);
+        return -3021;
+      }
+  }
+  cache *ch = c->cache;
+  int nr = c->totcols - c->numcols;
+  bool names_ok = names == nullptr && c->colname == nullptr;
+  bool fits = ch->empty && c->numcols + ccnt + nr <= c->colspace &&
+              usednz(c) + nzcnt + nr <= c->nzspace && names_ok && pendingrows(p) == 0;
+  if (fits) {
+    dropstate(e, p, 28);
+    return appendcols(e, p, ccnt, obj, lb, ub, ctype, names, withnz ? nzcnt : 0,
+                      withnz ? beg : nullptr, ind, val);
+  }
+  int first = c->numcols + pendingcols(p);
+  status = cache_newcols(e, p, ccnt, obj, lb, ub, ctype, names);
+  if (status == 0 && withnz) status = cache_addcolsnz(e, p, first, ccnt, nzcnt, beg, ind, val);
+  if (status == 0 && withnz && cache_overlimit(ch)) status = cache_fold(e, p, 1);
+  return status;
+}
+
+int addrows(env *e, lp *p, int ccnt, int rcnt, int nzcnt, const double *rhs, const char *sense,
+            const double *rngval, const int *beg, const int *ind, const double *val,
+            char **colnames, char **rownames, bool withnz) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (ccnt < 0 || rcnt < 0 || nzcnt < 0) return kBadArgument;
+  if (rcnt == 0 && ccnt == 0) return 0;
+  if (withnz && nzcnt > 0 && (!beg || !ind || !val)) return kNullPointer;
+  bool full = par_datacheck(e) != 0;
+  lpcore *c = p->core;
+  for (int k = 0; sense && k < rcnt; ++k)
+    if (!goodsense(sense[k])) {
+      msg(e->errchannel, errtext(e, 1215), k);
+      return -1215;
+    }
+  int n = c->numcols + pendingcols(p) + ccnt;
+  if (withnz && nzcnt > 0) {
+    status = checkvectors(e, rcnt, nzcnt, beg, ind, n, true, full);
+    if (status) return status;
+  }
+  if (full) {
+    status = checknames(e, ccnt, colnames);
+    if (status == 0) status = checknames(e, rcnt, rownames);
+    if (status) return status;
+  }
+  cache *ch = c->cache;
+  bool direct = ch->empty && (!withnz || nzcnt == 0) && ccnt == 0 &&
+                c->numrows + rcnt <= c->rowspace && rownames == nullptr && c->rowname == nullptr;
+  if (direct) {
+    int newr = 0;
+    for (int k = 0; sense && k < rcnt; ++k) newr += sense[k] == 'R';
+    direct = newr == 0;
+  }
+  if (direct) {
+    dropstate(e, p, 17);
+    return appendrows(e, p, rcnt, rhs, sense, rngval, rownames);
+  }
+  if (ccnt > 0) {
+    status = cache_newcols(e, p, ccnt, nullptr, nullptr, nullptr, nullptr, colnames);
+    if (status) return status;
+  }
+  int first = c->numrows + pendingrows(p);
+  status = cache_newrows(e, p, rcnt, rhs, sense, rngval, rownames);
+  if (status == 0 && withnz) status = cache_addrowsnz(e, p, first, rcnt, nzcnt, beg, ind, val);
+  if (status == 0 && cache_overlimit(ch)) status = cache_fold(e, p, 1);
+  return status;
+}
+
+// Name changes of the model and of pending items.
+int chgnames(env *e, lp *p, int cnt, const int *indices, char **names, bool rows) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (cnt < 0) return kBadArgument;
+  if (cnt == 0) return 0;
+  if (!indices || !names) return kNullPointer;
+  lpcore *c = p->core;
+  int nmodel = rows ? c->numrows : c->numcols;
+  int npend = rows ? pendingrows(p) : pendingcols(p);
+  status = checkindices(e, cnt, indices, nmodel + npend, rows);
+  if (status) return status;
+  status = checknames(e, cnt, names);
+  if (status) return status;
+  if (par_datacheck(e)) {
+    std::vector<int> sorted(indices, indices + cnt);
+    std::sort(sorted.begin(), sorted.end());
+    if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
+      msg(e->errchannel, errtext(e, 1222));
+      return -1222;
+    }
+  }
+  dropstate(e, p, 23);
+  char **&ptrs = rows ? c->rowname : c->colname;
+  char *&store = rows ? c->rownamestore : c->colnamestore;
+  uint32_t &space = rows ? c->rownamespace : c->colnamespace;
+  int inmodel = 0;
+  uint64_t bytes = 0;
+  for (int k = 0; k < cnt; ++k)
+    if (indices[k] < nmodel) {
+      ++inmodel;
+      bytes += std::strlen(names[k]) + 1;
+    }
+  if (inmodel > 0) {
+    if (ptrs == nullptr) {
+      status = rows ? makerownames(e, p) : makecolnames(e, p);
+      if (status) return status;
+    }
+    uint32_t used = storeused(ptrs, nmodel, store);
+    if (used + bytes > space) {
+      // Compact the live names into a fresh store with room for the new ones.
+      uint64_t live = 0;
+      for (int k = 0; k < nmodel; ++k) live += std::strlen(ptrs[k]) + 1;
+      int grow = rows ? par_rowgrowth(e) : par_colgrowth(e);
+      uint64_t want = (live + bytes + 17ull * grow + 3) & ~3ull;
+      if (want >= 2100000000ull) return 1012;
+      char *fresh = allocn<char>(want);
+      if (fresh == nullptr) return kNoMemory;
+      char *q = fresh;
+      for (int k = 0; k < nmodel; ++k) {
+        size_t len = std::strlen(ptrs[k]) + 1;
+        std::memcpy(q, ptrs[k], len);
+        ptrs[k] = q;
+        q += len;
+      }
+      release(&store);
+      store = fresh;
+      space = static_cast<uint32_t>(want);
+      used = static_cast<uint32_t>(q - fresh);
+    }
+    char *q = store + used;
+    for (int k = 0; k < cnt; ++k) {
+      if (indices[k] >= nmodel) continue;
+      size_t len = std::strlen(names[k]) + 1;
+      std::memcpy(q, names[k], len);
+      ptrs[indices[k]] = q;
+      q += len;
+    }
+  }
+  if (inmodel < cnt) {
+    cache *ch = c->cache;
+    nameset *&set = rows ? ch->rnames : ch->cnames;
+    int base = rows ? ch->baserows : ch->basecols;
+    if (set == nullptr) {
+      set = nameset_new(npend, rows ? 'c' : 'x', 0, &status);
+      char buf[16];
+      for (int k = 0; status == 0 && k < npend; ++k) {
+        std::snprintf(buf, sizeof buf, "%c%d", rows ? 'c' : 'x', base + k + 1);
+        const char *one[1] = {buf};
+        status = nameset_add(set, 1, one);
+      }
+      if (status) {
+        nameset_free(&set);
+        return status;
+      }
+    }
+    for (int k = 0; k < cnt; ++k) {
+      if (indices[k] < nmodel) continue;
+      int q = indices[k] - base;
+      const char *one[1] = {names[k]};
+      status = nameset_replace(set, 1, &q, one);
+      if (status) return status;
+    }
+  }
+  return 0;
+}
+
+int copyctype(env *e, lp *p, const char *ctype) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  status = cache_flush(e, p);
+  if (status) return status;
+  if (ctype == nullptr) return kNullPointer;
+  lpcore *c = p->core;
+  if (par_datacheck(e))
+    for (int j = 0; j < c->numcols; ++j)
+      if (!goodctype(ctype[j])) {
+        msg(e->errchannel, errtext(e, 3021), j);
+        return -3021;
+      }
+  if (c->ctype == nullptr) {
+    c->ctype = allocn<char>(c->colspace);
+    if (c->ctype == nullptr) return kNoMemory;
+  }
+  std::fill(c->ctype, c->ctype + c->colspace, 'C');
+  if (c->numcols > 0) std::memcpy(c->ctype, ctype, c->numcols);
+  dropstate(e, p, 7);
+  settype(p);
+  return 0;
+}
+
+int chgctype(env *e, lp *p, int cnt, const int *indices, const char *ctype) {
+  int status = changeframe(e, p);
+  if (status) return status;
+  if (cnt < 0) return kBadArgument;
+  if (cnt == 0) return 0;
+  if (!indices || !ctype) return kNullPointer;
+  lpcore *c = p->core;
+  int n = c->numcols;
+  status = checkindices(e, cnt, indices, n + pendingcols(p), false);
+  if (status) return status;
+  if (par_datacheck(e))
+    for (int k = 0; k < cnt; ++k)
+      if (!goodctype(ctype[k])) {
+        msg(e->errchannel, errtext(e, 3021), k);
+        return -3021;
+      }
+  cache *ch = c->cache;
+  bool inmodel = false;
+  for (int k = 0; k < cnt; ++k) inmodel |= indices[k] < n;
+  if (c->ctype == nullptr) {
+    c->ctype = allocn<char>(c->colspace);
+    if (c->ctype == nullptr) return kNoMemory;
+    std::fill(c->ctype, c->ctype + c->colspace, 'C');
+  }
+  for (int k = 0; k < cnt; ++k) {
+    int j = indices[k];
+    if (j < n) {
+      c->ctype[j] = ctype[k];
+      continue;
+    }
+    if (ch->cctype == nullptr) {
+      ch->cctype = allocn<char>(std::max(ch->cspace, 1));
+      if (ch->cctype == nullptr) return kNoMemory;
+      std::fill(ch->cctype, ch->cctype + std::max(ch->cspace, 1), 'C');
+    }
+    ch->cctype[j - ch->basecols] = ctype[k];
+  }
+  if (inmodel) dropstate(e, p, 7);
+  settype(p);
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+void VLTchgobjsen(VLTENVptr env, VLTLPptr lp, int maxormin) {
+  int status = changeframe(env, lp);
+  if (status == 0) {
+    dropstate(env, lp, 12);
+    lp->core->objsen = maxormin < 0 ? -1 : 1;
+  }
+  if (status) report(env, &status);
+}
+
+int VLTchgobj(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const double *values) {
+  return finish(env, guarded([&] { return chgobj(env, lp, cnt, indices, values); }));
+}
+
+int VLTchgrhs(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const double *values) {
+  return finish(env, guarded([&] { return chgrhs(env, lp, cnt, indices, values); }));
+}
+
+int VLTchgbds(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const char *lu,
+              const double *bd) {
+  return finish(env, guarded([&] { return chgbds(env, lp, cnt, indices, lu, bd); }));
+}
+
+int VLTchgsense(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const char *sense) {
+  return finish(env, guarded([&] { return chgsense(env, lp, cnt, indices, sense); }));
+}
+
+int VLTaddcols(VLTENVptr env, VLTLPptr lp, int ccnt, int nzcnt, const double *obj,
+               const int *cmatbeg, const int *cmatind, const double *cmatval, const double *lb,
+               const double *ub, char **colname) {
+  return finish(env, guarded([&] {
+    return addcols(env, lp, ccnt, nzcnt, obj, cmatbeg, cmatind, cmatval, lb, ub, nullptr,
+                   colname, true);
+  }));
+}
+
+int VLTnewcols(VLTENVptr env, VLTLPptr lp, int ccnt, const double *obj, const double *lb,
+               const double *ub, const char *ctype, char **colname) {
+  return finish(env, guarded([&] {
+    return addcols(env, lp, ccnt, 0, obj, nullptr, nullptr, nullptr, lb, ub, ctype, colname,
+                   false);
+  }));
+}
+
+int VLTaddrows(VLTENVptr env, VLTLPptr lp, int ccnt, int rcnt, int nzcnt, const double *rhs,
+               const char *sense, const int *rmatbeg, const int *rmatind, const double *rmatval,
+               char **colname, char **rowname) {
+  return finish(env, guarded([&] {
+    return addrows(env, lp, ccnt, rcnt, nzcnt, rhs, sense, nullptr, rmatbeg, rmatind, rmatval,
+                   colname, rowname, true);
+  }));
+}
+
+int VLTnewrows(VLTENVptr env, VLTLPptr lp, int rcnt, const double *rhs, const char *sense,
+               const double *rngval, char **rowname) {
+  return finish(env, guarded([&] {
+    return addrows(env, lp, 0, rcnt, 0, rhs, sense, rngval, nullptr, nullptr, nullptr, nullptr,
+                   rowname, false);
+  }));
+}
+
+int VLTchgcolname(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, char **newname) {
+  return finish(env, guarded([&] { return chgnames(env, lp, cnt, indices, newname, false); }));
+}
+
+int VLTchgrowname(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, char **newname) {
+  return finish(env, guarded([&] { return chgnames(env, lp, cnt, indices, newname, true); }));
+}
+
+int VLTchgname(VLTENVptr env, VLTLPptr lp, int key, int ij, const char *name) {
+  return finish(env, guarded([&] {
+    int s = changeframe(env, lp);
+    if (s) return s;
+    if (name == nullptr) return static_cast<int>(kNullPointer);
+    char *one[1] = {const_cast<char *>(name)};
+    if (key == 'c') return chgnames(env, lp, 1, &ij, one, false);
+    if (key == 'r') return chgnames(env, lp, 1, &ij, one, true);
+    dropstate(env, lp, 23);
+    return 0;
+  }));
+}
+
+int VLTdelnames(VLTENVptr env, VLTLPptr lp) {
+  int status = changeframe(env, lp);
+  if (status == 0) {
+    dropstate(env, lp, 23);
+    lpcore *c = lp->core;
+    release(&c->colname);
+    release(&c->colnamestore);
+    release(&c->rowname);
+    release(&c->rownamestore);
+    c->colnamespace = c->rownamespace = 0;
+    nameset_free(&c->cache->cnames);
+    nameset_free(&c->cache->rnames);
+  }
+  return finish(env, status);
+}
+
+int VLTchgprobname(VLTENVptr env, VLTLPptr lp, const char *probname) {
+  int status = changeframe(env, lp);
+  if (status == 0 && probname == nullptr) status = kNullPointer;
+  if (status == 0) {
+    size_t len = std::strlen(probname) + 1;
+    char *copy = allocn<char>(len);
+    if (copy == nullptr) status = kNoMemory;
+    else {
+      std::memcpy(copy, probname, len);
+      release(&lp->core->probname);
+      lp->core->probname = copy;
+    }
+  }
+  return finish(env, status);
+}
+
+int VLTEsetnamefunctions(VLTENVptr env, VLTNAMEFUNC colfunc, VLTNAMEFUNC rowfunc, void *handle) {
+  if (!checkenv(env)) return kNoEnvironment;
+  env->colnamefn = reinterpret_cast<void *>(colfunc);
+  env->rownamefn = reinterpret_cast<void *>(rowfunc);
+  env->namehandle = handle;
+  return 0;
+}
+
+int VLTcopyctype(VLTENVptr env, VLTLPptr lp, const char *ctype) {
+  return finish(env, guarded([&] { return copyctype(env, lp, ctype); }));
+}
+
+int VLTchgctype(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const char *ctype) {
+  return finish(env, guarded([&] { return chgctype(env, lp, cnt, indices, ctype); }));
+}
+
+int VLTgetctype(VLTENVptr env, VLTLPptr lp, char *ctype, int begin, int end) {
+  return finish(env, guarded([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    int t = lp->probtype;
+    if (lp->core->ctype == nullptr ||
+        !(t == kTypeMILP || t == kTypeRelaxed || t == kTypeFixed || t == kTypeMIQP ||
+          t == kTypeFixedMIQP || t == kTypeNode || t == kTypeQPNode))
+      return 3003;
+    if (!rangecheck(env, "VLTgetctype", begin, end, 0, lp->core->numcols))
+      return static_cast<int>(kIndexRange);
+    if (end < begin) return 0;
+    if (ctype == nullptr) return static_cast<int>(kNullPointer);
+    std::memcpy(ctype, lp->core->ctype + begin, static_cast<size_t>(end - begin + 1));
+    return 0;
+  }));
+}
+
+}  // extern "C"

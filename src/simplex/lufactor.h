@@ -84,6 +84,7 @@ struct etafile {
   int dim;            // m
   int lastreal;       // 0 when the last eta is the identity
   int mustrefactor;   // a pivot failed the stability test
+  int alloclimit;     // eta slots allocated in pivotrow/start
   int *pivotrow;      // [limit+1] pivot number of the row each eta rewrites
   int *start;         // [limit+2] start of each eta in ind/val
   int *ind;           // [cap]
@@ -175,6 +176,9 @@ struct lufactor {
   int *dropped;       // [m]
   int *droppos;       // [m] their former basis positions
   double lastratio;   // largest / smallest pivot ratio of the last factor
+  int ndense;         // rows of the dense tail in the last factorization (0: none)
+  int display;        // non-zero: repair and threshold lines on the results channel
+  int itcnt;          // caller's iteration count (threshold line only when > 0)
 
   void *scratch;      // factorization work space (factor.cpp)
 };
@@ -241,6 +245,9 @@ int lu_column(const lumatrix *mat, int j, int *ind, double *val);
 int lu_colcount(const lumatrix *mat, int j);
 // Row of the slack variable of row i, or -1 when the row has none.
 int lu_slack_of_row(const lumatrix *mat, int row);
+
+// Consistency check of a ready factor (tests, debugging): 0 when sound.
+int lu_check(const lufactor *fac);
 
 // Singularity repair: replaces the unpivoted positions of `head` (coldone by
 // position, rowdone by row, 1 for pivoted) by the slack or artificial of an

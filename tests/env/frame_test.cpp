@@ -142,19 +142,6 @@ TEST(Memory, AlignedBlocksAndResize) {
   EXPECT_EQ(velto::alloczero(SIZE_MAX / 2, 4), nullptr);
 }
 
-TEST(Memory, StringAndCopyHelpers) {
-  char dst[16] = {};
-  EXPECT_EQ(VLTstrlen(""), 0u);
-  EXPECT_EQ(VLTstrlen("velto"), 5u);
-  EXPECT_EQ(VLTstrcpy(dst, "abc"), dst);
-  EXPECT_STREQ(dst, "abc");
-  EXPECT_EQ(VLTstrcpy(dst, ""), dst);
-  EXPECT_STREQ(dst, "");
-  const char src[5] = {1, 2, 0, 4, 5};
-  EXPECT_EQ(VLTmemcpy(dst, src, 5), dst);
-  EXPECT_EQ(std::memcmp(dst, src, 5), 0);
-}
-
 // The classic linear congruential generator from seed 1.
 TEST(Random, SequenceFromSeedOne) {
   vtest::Env env;

@@ -387,6 +387,74 @@ TEST(ParamTable, NumbersOutsideTheTableAre1013) {
   EXPECT_EQ(VLTgetstrparam(env, 99, nullptr), 1004);
 }
 
+// Random numbers and values against a model of the table: the status is
+// what the table says, a refused value leaves the old one, and nothing else
+// changes.
+TEST(ParamTable, RandomCallsFollowTheTable) {
+  vtest::Env env;
+  std::map<int, const Row *> rows;
+  for (const Row &r : kTable) rows[r.number] = &r;
+  std::map<int, double> model;  // current value of every numeric parameter
+  for (const Row &r : kTable) model[r.number] = r.def;
+  uint32_t seed = 12345;
+  auto next = [&seed] {
+    seed = seed * 1664525u + 1013904223u;
+    return seed >> 8;
+  };
+  for (int it = 0; it < 20000; ++it) {
+    int num = 990 + static_cast<int>(next() % 5030);
+    if (num == VLT_PARAM_SCRIND || num == 1075) continue;  // side effects tested elsewhere
+    auto found = rows.find(num);
+    const Row *r = found == rows.end() ? nullptr : found->second;
+    if (next() % 2 == 0) {
+      int v = static_cast<int>(next() % 40) - 10;
+      if (next() % 8 == 0) v = static_cast<int>(next()) * (next() % 2 ? 1 : -1);
+      int want = 1013;
+      if (r != nullptr && r->kind == 'I') {
+        int hi = r->number == VLT_PARAM_DPRIIND ? 5 : static_cast<int>(rowmax(*r));
+        want = v < r->min ? 1014 : v > hi ? 1015 : 0;
+      }
+      ASSERT_EQ(VLTsetintparam(env, num, v), want) << num << " " << v;
+      if (want == 0) model[num] = v;
+    } else {
+      double v = (static_cast<double>(next() % 2000) - 1000.0) * std::pow(10.0, static_cast<int>(next() % 30) - 15);
+      int want = 1013;
+      if (r != nullptr && r->kind == 'D')
+        want = r->min == r->max ? 0 : v < r->min ? 1014 : v > r->max ? 1015 : 0;
+      ASSERT_EQ(VLTsetdblparam(env, num, v), want) << num << " " << v;
+      if (want == 0) model[num] = v;
+    }
+  }
+  for (const Row &r : kTable) {
+    if (r.kind == 'I') {
+      int v;
+      ASSERT_EQ(VLTgetintparam(env, r.number, &v), 0);
+      EXPECT_EQ(v, model[r.number]) << r.number;
+    } else if (r.kind == 'D') {
+      double v;
+      ASSERT_EQ(VLTgetdblparam(env, r.number, &v), 0);
+      EXPECT_EQ(v, model[r.number]) << r.number;
+    }
+  }
+  // Random names: only the exact table names are found.
+  std::set<std::string> names;
+  for (const Row &r : kTable)
+    if (r.name[0]) names.insert(r.name);
+  const char alphabet[] = "VLT_PARAMEOIDXSNCGHRKUWBZ0123456789abc";
+  for (int it = 0; it < 5000; ++it) {
+    std::string name = next() % 2 ? "VLT_PARAM_" : "";
+    for (unsigned k = next() % 12; k > 0; --k) name += alphabet[next() % (sizeof alphabet - 1)];
+    int num = 0;
+    int st = VLTgetparamnum(env, name.c_str(), &num);
+    if (names.count(name)) {
+      EXPECT_EQ(st, 0) << name;
+    } else {
+      ASSERT_EQ(st, 1028) << name;
+      ASSERT_EQ(num, -1);
+    }
+  }
+}
+
 TEST(ParamTable, BadEnvironment) {
   int iv;
   double dv;

@@ -1,0 +1,309 @@
+// The dual simplex iteration and its phases.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "simplex/dualcore.h"
+
+namespace velto {
+
+double nonbasic_value(const dualengine &e, int j);
+int feasible_status(const dualengine &e, int j, double dj);
+int dual_refactor(dualengine &e);
+double dual_infeas(const dualengine &e, int j, double tol);
+int dual_flip_boxed(dualengine &e, double tol);
+int dual_infeas_count(const dualengine &e, double tol, double *sum);
+void dual_set_phase1(dualengine &e);
+void dual_set_phase2(dualengine &e);
+int dprice_select(const dualengine &e, double tol, const std::vector<char> &rejected);
+double dprice_amount(const dualengine &e, int i, int *sgn);
+int dnorm_init(dualengine &e);
+void dse_update(dualengine &e, int r, double w);
+void dual_perturb(dualengine &e);
+void dual_unperturb(dualengine &e);
+void dual_perturb_leaving(dualengine &e, int j);
+
+namespace {
+
+constexpr double kInf = 1e19;
+
+double now_seconds() {
+  using namespace std::chrono;
+  return duration<double>(steady_clock::now().time_since_epoch()).count();
+}
+
+// Everything that depends on the factor, recomputed from scratch.
+int refresh(dualengine &e) {
+  int r = dual_refactor(e);
+  if (r) return r;
+  dual_compute_duals(e);
+  dual_compute_primal(e);
+  if (!e.normsvalid) dnorm_init(e);
+  return 0;
+}
+
+// Settles the phase from the current reduced costs: boxed variables go to the
+// side their cost asks for; any other dual infeasibility means phase 1.
+void settle_phase(dualengine &e) {
+  if (e.phase == 1) dual_set_phase2(e);
+  dual_flip_boxed(e, e.opt.opttol);
+  if (dual_infeas_count(e, e.opt.opttol, nullptr) > 0) {
+    dual_set_phase1(e);
+  } else {
+    e.phase = 2;
+  }
+  dual_compute_primal(e);
+}
+
+// Costs of nonbasic variables whose reduced costs are slightly wrong are
+// moved so the basis is dual feasible again; counted as shifts.
+void shift_small(dualengine &e, double tol) {
+  for (int j = 0; j < e.nt; ++j) {
+    double v = dual_infeas(e, j, 0.0);
+    if (v <= 0.0 || v > tol) continue;
+    double dj = e.d[j];
+    e.wcost[j] -= dj;
+    e.d[j] = 0.0;
+    e.shifts++;
+  }
+}
+
+}  // namespace
+
+// One iteration.  Returns 0 to go on, an outcome code, or a negative error.
+static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
+  const dualprob &p = *e.p;
+  const int m = e.m;
+  const double ftol = e.phase == 1 ? 1e-7 : e.opt.feastol;
+  int r = dprice_select(e, ftol, rejected);
+  if (r < 0) return 100;  // no leaving row: the phase is optimal
+  int sgn;
+  double amount = dprice_amount(e, r, &sgn);
+  const int lv = e.head[r];
+
+  // rho = e_r' B^-1
+  e.fac->btran_row(r, e.rho);
+  e.rhonnz = 0;
+  double w = 0.0;
+  for (int i = 0; i < m; ++i)
+    if (e.rho[i] != 0.0) {
+      if (std::fabs(e.rho[i]) < 1e-14) {
+        e.rho[i] = 0.0;
+        continue;
+      }
+      e.rhoind[e.rhonnz++] = i;
+      w += e.rho[i] * e.rho[i];
+    }
+  pivot_row(e.rc, p, e.rho, e.rhoind, e.rhonnz, e.status, e.row);
+
+  std::vector<int> flips;
+  double t = 0.0;
+  int q = dual_ratio(e, amount, sgn, flips, t, e.opt.longstep);
+  if (q < 0) {
+    if (e.fac->updates() > 0 && retries < 2) {
+      retries++;
+      int s = refresh(e);
+      return s ? -s : 0;
+    }
+    if (e.phase == 1) {
+      rejected[r] = 1;
+      return 0;
+    }
+    e.lastleave = lv;
+    e.lastleavepos = r;
+    e.lastleavevalue = e.x[lv];
+    return kDualInfeasible;
+  }
+
+  // Entering column.
+  e.fac->ftran_col(p, q, e.col);
+  double ar = e.col[r];
+  double arow = e.row.val[q];
+  if (std::fabs(ar) < 1e-9 || std::fabs(ar - arow) > 1e-6 * (1.0 + std::fabs(ar))) {
+    if (e.fac->updates() > 0) {
+      int s = refresh(e);
+      return s ? -s : 0;
+    }
+    if (std::fabs(ar) < 1e-9) {
+      rejected[r] = 1;
+      return 0;
+    }
+  }
+  retries = 0;
+
+  // Dual step.  A slightly wrong reduced cost of the entering variable is
+  // removed by a cost shift so the step is never negative.
+  if (t < 0.0) {
+    e.wcost[q] -= e.d[q];
+    e.d[q] = 0.0;
+    e.shifts++;
+    t = 0.0;
+  }
+  const double thetad = sgn * t;
+  if (thetad != 0.0) {
+    for (int k = 0; k < e.row.nnz; ++k) {
+      int j = e.row.ind[k];
+      if (e.status[j] != 1) e.d[j] -= thetad * e.row.val[j];
+    }
+  }
+  for (int i = 0; i < m; ++i) e.pi[i] += thetad * e.rho[i];
+
+  // Bound flips: one solve for all of them.
+  if (!flips.empty()) {
+    std::fill(e.flipcol.begin(), e.flipcol.end(), 0.0);
+    for (int j : flips) {
+      double oldv = nonbasic_value(e, j);
+      e.status[j] = e.status[j] == 0 ? 2 : 0;
+      double dx = nonbasic_value(e, j) - oldv;
+      e.x[j] += dx;
+      if (j < e.n) {
+        for (int k = p.matbeg[j]; k < p.matbeg[j + 1]; ++k) e.flipcol[p.matind[k]] += dx * p.matval[k];
+      } else {
+        e.flipcol[j - e.n] += dx * p.slackval[j - e.n];
+      }
+    }
+    e.fac->ftran(e.flipcol);
+    for (int i = 0; i < m; ++i) e.x[e.head[i]] -= e.flipcol[i];
+  }
+
+  // Primal step.
+  const double bound = sgn > 0 ? e.wub[lv] : e.wlb[lv];
+  const double thetap = (e.x[lv] - bound) / ar;
+  for (int i = 0; i < m; ++i)
+    if (e.col[i] != 0.0) e.x[e.head[i]] -= thetap * e.col[i];
+  e.x[q] += thetap;
+  e.x[lv] = bound;
+
+  // Norms: tau = B^-1 rho before the basis changes.
+  if (e.opt.pricing != 1) {
+    std::copy(e.rho.begin(), e.rho.end(), e.tau.begin());
+    e.fac->ftran(e.tau);
+    dse_update(e, r, w);
+  }
+
+  // Basis change.
+  e.lastleave = lv;
+  e.lastleavepos = r;
+  e.head[r] = q;
+  e.pos[q] = r;
+  e.status[q] = 1;
+  e.d[q] = 0.0;
+  e.pos[lv] = -1;
+  e.status[lv] = sgn > 0 ? 2 : 0;
+  if (e.wlb[lv] == e.wub[lv]) e.status[lv] = 0;
+  e.d[lv] = -thetad;
+  rowcopy_remove(e.rc, p, q);
+  rowcopy_append(e.rc, p, lv);
+  if (e.perturbed) dual_perturb_leaving(e, lv);
+
+  if (e.fac->update(r, q, e.col) != 0 || e.fac->updates() >= e.opt.refactor) {
+    int s = refresh(e);
+    if (s) return -s;
+    std::fill(rejected.begin(), rejected.end(), 0);
+    if (e.phase == 2) {
+      // Drift may leave small dual infeasibilities: flip or shift them.
+      if (dual_flip_boxed(e, e.opt.opttol) > 0) dual_compute_primal(e);
+      shift_small(e, 1e-5);
+    }
+  }
+  return 0;
+}
+
+int dual_solve(dualengine &e) {
+  const double t0 = now_seconds();
+  std::vector<char> rejected(e.m, 0);
+  int retries = 0;
+  int s = refresh(e);
+  if (s) return -s;
+  settle_phase(e);
+  if (e.opt.perind && e.phase == 2) dual_perturb(e);
+  e.lastobj = -1e75;
+  e.progbase = e.itcnt;
+  int rounds = 0;
+  for (;;) {
+    if (e.itcnt >= e.opt.itlim) return e.result = kDualItLim;
+    if (e.itcnt % 25 == 0 && e.itcnt > 0) {
+      if (e.opt.abortword && *e.opt.abortword) return e.result = kDualAbort;
+      if (e.opt.tilim < 1e75 && now_seconds() - t0 > e.opt.tilim) return e.result = kDualTimeLim;
+    }
+    int r = iterate(e, rejected, retries);
+    if (r < 0) return e.result = r;
+    if (r == 0) {
+      // Counted only when the basis or a bound moved.
+      e.itcnt++;
+      if (e.phase == 1) e.phase1cnt++;
+      if (e.itcnt - e.progbase >= e.perlimit) {
+        double obj = dual_objective(e);
+        if (obj > e.lastobj + 1e-9 * (1.0 + std::fabs(obj))) {
+          e.lastobj = obj;
+        } else if (!e.perturbed && e.phase == 2 && e.percount < 6) {
+          dual_perturb(e);
+          e.lastobj = -1e75;
+        }
+        e.progbase = e.itcnt;
+      }
+      continue;
+    }
+    if (r == kDualInfeasible) {
+      // The proof holds whatever the costs; it rests on the bounds only.
+      if (e.perturbed || e.shifts) dual_unperturb(e);
+      return e.result = kDualInfeasible;
+    }
+    // r == 100: no infeasible row in this phase.
+    if (e.fac->updates() > 0) {
+      s = refresh(e);
+      if (s) return e.result = -s;
+      std::fill(rejected.begin(), rejected.end(), 0);
+      if (e.phase == 2 && (dual_flip_boxed(e, e.opt.opttol) > 0)) dual_compute_primal(e);
+      if (dprice_select(e, e.phase == 1 ? 1e-7 : e.opt.feastol, rejected) >= 0) continue;
+    }
+    if (std::getenv("DUALDBG")) {
+      double sum = 0;
+      int cnt = dual_infeas_count(e, e.opt.opttol, &sum);
+      std::fprintf(stderr, "round %d it %d phase %d pert %d shifts %d dinf %d %g obj %.10g\n", rounds, e.itcnt, e.phase, e.perturbed, e.shifts, cnt, sum, dual_objective(e));
+    }
+    if (++rounds > 50) return e.result = -1256;
+    if (e.phase == 1) {
+      // The auxiliary problem is solved; its solution is a ray when the
+      // reduced costs cannot be made feasible.
+      std::vector<double> aux(e.x);
+      double auxobj = 0.0;
+      for (int j = 0; j < e.nt; ++j) auxobj += e.wcost[j] * aux[j];
+      dual_set_phase2(e);
+      double sum = 0.0;
+      int cnt = dual_infeas_count(e, e.opt.opttol, &sum);
+      if (cnt == 0) {
+        dual_compute_primal(e);
+        continue;
+      }
+      if (e.perturbed || e.shifts) {
+        dual_unperturb(e);
+        settle_phase(e);
+        continue;
+      }
+      if (auxobj < -e.opt.opttol) {
+        e.ray = aux;
+        e.hasray = 1;
+        return e.result = kDualUnbounded;
+      }
+      // Tiny leftovers: shift them away and go on in phase 2.
+      shift_small(e, 1e75);
+      e.phase = 2;
+      dual_compute_primal(e);
+      continue;
+    }
+    // Phase 2 optimal for the working costs.
+    if (e.perturbed || e.shifts) {
+      dual_unperturb(e);
+      settle_phase(e);
+      e.progbase = e.itcnt;
+      e.lastobj = -1e75;
+      continue;
+    }
+    return e.result = kDualOptimal;
+  }
+}
+
+}  // namespace velto

@@ -1,0 +1,4 @@
+NAME x
+COLUMNS
+ x obj 1 r1 1
+ENDATA

@@ -1,0 +1,8 @@
+NAME x
+ROWS
+ N obj
+ L r1
+ L r1
+COLUMNS
+ x obj 1 r1 1
+ENDATA

@@ -1,0 +1,10 @@
+NAME x
+ROWS
+ N obj
+ L r1
+COLUMNS
+ x obj 1 r1 1
+RHS
+ rhs r1 1
+FOOBAR
+ENDATA

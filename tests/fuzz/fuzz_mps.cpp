@@ -1,0 +1,35 @@
+// libFuzzer target: any input to the MPS reader gives a status, never a
+// crash, a hang or a sanitizer report; a model it accepts loads and writes.
+#include <cstdint>
+#include <cstdio>
+
+#include "fileio/rwutil.h"
+#include "velto.h"
+
+namespace {
+VLTENVptr fuzzenv() {
+  static VLTENVptr env = [] {
+    int status = 0;
+    return VLTopenVELTO(&status);
+  }();
+  return env;
+}
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  VLTENVptr env = fuzzenv();
+  FILE *fp = fmemopen(const_cast<uint8_t *>(data), size, "rb");
+  if (fp == nullptr) return 0;
+  velto::filemodel m;
+  int status = velto::mpsreadfp(env, fp, m);
+  std::fclose(fp);
+  if (status == 0) {
+    // The arrays must be consistent with the counts.
+    if (static_cast<int>(m.obj.size()) != m.numcols || static_cast<int>(m.rhs.size()) != m.numrows)
+      __builtin_trap();
+    for (int j = 0; j < m.numcols; ++j)
+      for (int k = m.matbeg[j]; k < m.matbeg[j] + m.matcnt[j]; ++k)
+        if (m.matind[k] < 0 || m.matind[k] >= m.numrows) __builtin_trap();
+  }
+  return 0;
+}
