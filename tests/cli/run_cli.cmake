@@ -1,7 +1,11 @@
 # Runs the velto driver and checks its exit code and, optionally, that its
 # output contains a given text.
-#   -DVELTO=path -DARGS="a;b" -DEXPECT_RC=n [-DEXPECT_OUT=text] [-DEXPECT_ERR=text]
+#   -DVELTO=path -DARGS="a b" -DEXPECT_RC=n [-DEXPECT_OUT=text] [-DEXPECT_ERR=text]
+#   [-DEXPECT_FILE=path -DEXPECT_FILE_TEXT=text]   a file the run must write
 separate_arguments(args UNIX_COMMAND "${ARGS}")
+if(DEFINED EXPECT_FILE)
+  file(REMOVE ${EXPECT_FILE})
+endif()
 execute_process(COMMAND ${VELTO} ${args}
   RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
 if(NOT rc EQUAL EXPECT_RC)
@@ -17,5 +21,15 @@ if(DEFINED EXPECT_ERR)
   string(FIND "${err}" "${EXPECT_ERR}" pos)
   if(pos EQUAL -1)
     message(FATAL_ERROR "stderr lacks '${EXPECT_ERR}':\n${err}")
+  endif()
+endif()
+if(DEFINED EXPECT_FILE)
+  if(NOT EXISTS ${EXPECT_FILE})
+    message(FATAL_ERROR "${EXPECT_FILE} was not written")
+  endif()
+  file(READ ${EXPECT_FILE} content)
+  string(FIND "${content}" "${EXPECT_FILE_TEXT}" pos)
+  if(pos EQUAL -1)
+    message(FATAL_ERROR "${EXPECT_FILE} lacks '${EXPECT_FILE_TEXT}':\n${content}")
   endif()
 endif()

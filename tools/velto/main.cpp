@@ -191,10 +191,10 @@ bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
   std::fprintf(fp, "status    %s\nobjective %.12g\n\n", st ? st : "unknown", obj);
   std::fprintf(fp, "%-16s %20s %20s\n", "column", "x", "reduced cost");
   for (int j = 0; j < n; ++j)
-    std::fprintf(fp, "%-16s %20.12g %20.12g\n", cn[j].empty() ? ("x" + std::to_string(j + 1)).c_str() : cn[j].c_str(), x[j], dj[j]);
+    std::fprintf(fp, "%-16s %20.12g %20.12g\n", cn[j].empty() ? ("x" + std::to_string(j + 1)).c_str() : cn[j].c_str(), x[j] + 0.0, dj[j] + 0.0);
   std::fprintf(fp, "\n%-16s %20s %20s\n", "row", "pi", "slack");
   for (int i = 0; i < m; ++i)
-    std::fprintf(fp, "%-16s %20.12g %20.12g\n", rn[i].empty() ? ("c" + std::to_string(i + 1)).c_str() : rn[i].c_str(), pi[i], slack[i]);
+    std::fprintf(fp, "%-16s %20.12g %20.12g\n", rn[i].empty() ? ("c" + std::to_string(i + 1)).c_str() : rn[i].c_str(), pi[i] + 0.0, slack[i] + 0.0);
   return std::fclose(fp) == 0;
 }
 
@@ -246,10 +246,13 @@ int main(int argc, char **argv) {
   } else {
     if (o.method == "primal")
       status = VLTprimopt(env, lp);
-    else if (o.method == "dual")
-      status = VLTdualopt(env, lp);
-    else
+    else if (o.method == "dual") {
+      // The dual is chosen through the method parameter of VLTlpopt.
+      status = VLTsetintparam(env, VLT_PARAM_LPMETHOD, 2);
+      if (status == 0) status = VLTlpopt(env, lp);
+    } else {
       status = VLTlpopt(env, lp);
+    }
     if (status != 0) {
       std::fprintf(stderr, "velto: optimizer failed: %s\n", errorline(env, status).c_str());
     } else {
