@@ -4,6 +4,7 @@
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "simplex/dualstate.h"
 #include "simplex/solve.h"
 
 using namespace velto;
@@ -20,9 +21,12 @@ int entry(env *e, lp *p, int (*run)(env *, lp *)) {
   return status;
 }
 
-// Method choice.  Until the other optimizers are wired in, every method
-// runs the primal simplex.
-int lpopt_run(env *e, lp *p) { return primal_optimize(e, p); }
+// Method choice: 1 is the primal simplex; the dual simplex is the default
+// and stands in for the methods not wired in yet.
+int lpopt_run(env *e, lp *p) {
+  if (e->params->lpmethod == 1) return primal_optimize(e, p);
+  return dual_optimize(e, p);
+}
 
 }  // namespace
 
