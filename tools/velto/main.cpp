@@ -246,13 +246,10 @@ int main(int argc, char **argv) {
   } else {
     if (o.method == "primal")
       status = VLTprimopt(env, lp);
-    else if (o.method == "dual") {
-      // The dual is chosen through the method parameter of VLTlpopt.
-      status = VLTsetintparam(env, VLT_PARAM_LPMETHOD, 2);
-      if (status == 0) status = VLTlpopt(env, lp);
-    } else {
+    else if (o.method == "dual")
+      status = VLTdualopt(env, lp);
+    else
       status = VLTlpopt(env, lp);
-    }
     if (status != 0) {
       std::fprintf(stderr, "velto: optimizer failed: %s\n", errorline(env, status).c_str());
     } else {
