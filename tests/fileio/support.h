@@ -62,7 +62,8 @@ class FileTest : public ::testing::Test {
     if (fp == nullptr) fp = std::tmpfile();
     int status = mps ? velto::mpsreadfp(env_, fp, m) : velto::lpreadfp(env_, fp, m);
     std::fclose(fp);
-    return status < 0 ? -status : status;
+    velto::report(env_, &status);  // as the exported frame does
+    return status;
   }
 
   VLTENVptr env_ = nullptr;
