@@ -408,6 +408,18 @@ VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
  * Optimizers
  * ------------------------------------------------------------------------ */
 /* @@OPTIMIZERS@@ */
+VLTAPI int VLTlpopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTprimopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTdualopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetbhead(VLTENVptr env, VLTLPptr lp, int *head, double *x);
+VLTAPI int VLTbinvcol(VLTENVptr env, VLTLPptr lp, int j, double *x);
+VLTAPI int VLTbinvrow(VLTENVptr env, VLTLPptr lp, int i, double *y);
+VLTAPI int VLTbinvacol(VLTENVptr env, VLTLPptr lp, int j, double *x);
+VLTAPI int VLTbinvarow(VLTENVptr env, VLTLPptr lp, int i, double *z);
+VLTAPI int VLTftran(VLTENVptr env, VLTLPptr lp, double *x);
+VLTAPI int VLTbtran(VLTENVptr env, VLTLPptr lp, double *y);
+VLTAPI int VLTdualfarkas(VLTENVptr env, VLTLPptr lp, double *y, double *proof_p);
+VLTAPI int VLTgetray(VLTENVptr env, VLTLPptr lp, double *z);
 
 #ifdef __cplusplus
 }

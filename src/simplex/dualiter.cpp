@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 
 #include "simplex/dualcore.h"
 
@@ -258,11 +256,6 @@ int dual_solve(dualengine &e) {
       std::fill(rejected.begin(), rejected.end(), 0);
       if (e.phase == 2 && (dual_flip_boxed(e, e.opt.opttol) > 0)) dual_compute_primal(e);
       if (dprice_select(e, e.phase == 1 ? 1e-7 : e.opt.feastol, rejected) >= 0) continue;
-    }
-    if (std::getenv("DUALDBG")) {
-      double sum = 0;
-      int cnt = dual_infeas_count(e, e.opt.opttol, &sum);
-      std::fprintf(stderr, "round %d it %d phase %d pert %d shifts %d dinf %d %g obj %.10g\n", rounds, e.itcnt, e.phase, e.perturbed, e.shifts, cnt, sum, dual_objective(e));
     }
     if (++rounds > 50) return e.result = -1256;
     if (e.phase == 1) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "env/par.h"
 #include "simplex/factorint.h"
 
 namespace velto {
@@ -181,6 +182,18 @@ int lu_link(lufactor *fac) {
   return eta_reset(fac);
 }
 
+// Parameters of the environment: refactorization interval, singularity
+// limit and, before the first factorization, the file multipliers.
+static void read_params(env *e, lufactor *fac) {
+  if (e == nullptr || e->params == nullptr) return;
+  fac->reinv = e->params->reinv;
+  fac->singlim = e->params->singlim;
+  if (fac->factorcount == 0 && !fac->locked) {
+    fac->rowfilemul = std::max(1.1, e->params->rfilemul);
+    fac->colfilemul = std::max(1.1, e->params->cfilemul);
+  }
+}
+
 static double pivot_ratio(const lufactor *fac) {
   double mx = 0.0, mn = kBig;
   for (int k = 0; k < fac->dim; k++) {
@@ -207,6 +220,7 @@ static void mark_done(lufactor *fac, int m, int nc, int *rowdone, int *coldone) 
 int lu_refactor(env *e, lufactor *fac, const lumatrix *mat, int *head, double *markowitz,
                 double singtol, int repair, double *ratio_out) {
   const int m = fac->dim;
+  read_params(e, fac);
   const double rmul0 = fac->rowfilemul, cmul0 = fac->colfilemul;
   fac->ready = 0;
   fac->prevupdates = fac->updates;
@@ -279,6 +293,7 @@ int lu_refactor(env *e, lufactor *fac, const lumatrix *mat, int *head, double *m
 int lu_probe(env *e, lufactor *fac, const lumatrix *mat, int ncols, const int *cols, int *rowdone,
              int *coldone, const int *mask, double threshold, double singtol) {
   const int m = fac->dim;
+  read_params(e, fac);
   const double rmul0 = fac->rowfilemul, cmul0 = fac->colfilemul;
   fac->ready = 0;
   bool compressed = false;

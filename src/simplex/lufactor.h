@@ -189,6 +189,10 @@ lufactor *lu_create(int m);
 void lu_free(lufactor **fac);
 
 // ---- factorization ----------------------------------------------------------------
+// With an environment, the refactorization interval (VLT_PARAM_REINV), the
+// singularity limit (VLT_PARAM_SINGLIM) and, before the first factorization,
+// the file multipliers (VLT_PARAM_RFILEMUL, VLT_PARAM_CFILEMUL) are read from
+// its parameters; without one (e = null) the fields of `fac` are used as set.
 // Driver for the basis in `head`.  `markowitz` is the caller's working
 // threshold (raised in place by 0.1 steps when pivots spread or the basis is
 // repaired); `singtol` the absolute pivot tolerance; `repair` non-zero counts

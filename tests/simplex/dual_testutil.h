@@ -216,7 +216,8 @@ inline double dual_violation(const model &md, const std::vector<double> &x,
       d -= e.second * y[e.first];
       act[e.first] += e.second * x[j];
     }
-    bool atlo = x[j] <= md.lb[j] + tol, atup = x[j] >= md.ub[j] - tol;
+    bool atlo = x[j] <= md.lb[j] + tol * (1 + std::fabs(md.lb[j]));
+    bool atup = x[j] >= md.ub[j] - tol * (1 + std::fabs(md.ub[j]));
     double v = 0.0;
     if (!atlo && !atup) v = std::fabs(d);
     else if (atlo && !atup) v = std::max(0.0, -d);
@@ -226,7 +227,8 @@ inline double dual_violation(const model &md, const std::vector<double> &x,
   for (int i = 0; i < md.m; ++i) {
     // The row logical r = a'x has cost 0 and column -e_i: its reduced cost is y_i.
     double d = y[i];
-    bool atlo = act[i] <= md.rlo[i] + tol, atup = act[i] >= md.rup[i] - tol;
+    bool atlo = act[i] <= md.rlo[i] + tol * (1 + std::fabs(md.rlo[i]));
+    bool atup = act[i] >= md.rup[i] - tol * (1 + std::fabs(md.rup[i]));
     double v = 0.0;
     if (!atlo && !atup) v = std::fabs(d);
     else if (atlo && !atup) v = std::max(0.0, -d);

@@ -242,3 +242,42 @@ TEST(LUUpdate, UnstablePivotsAreRejected) {
   ASSERT_EQ(lu_refactor(nullptr, F.f, &md.mat, head.data(), &u, 1e-13, 0, nullptr), 0);
   EXPECT_EQ(F.f->eta.mustrefactor, 0);
 }
+
+TEST(LUUpdate, IntervalAndSingularityLimitComeFromTheEnvironment) {
+  int st = 0;
+  VLTENVptr env = VLTopenVELTO(&st);
+  ASSERT_NE(env, nullptr);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_REINV, 3), 0);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_SINGLIM, 0), 0);
+  const int m = 6;
+  Model md;
+  md.m = m;
+  for (int j = 0; j < m; j++) md.addcol({{j, 2.0}});
+  md.addcol({{0, 1.0}, {1, 1.0}});
+  md.finish();
+  std::vector<int> head(m);
+  for (int p = 0; p < m; p++) head[p] = md.n + p;
+  Fac F(m);
+  double u = 0.01;
+  ASSERT_EQ(lu_refactor(env, F.f, &md.mat, head.data(), &u, 1e-13, 1, nullptr), 0);
+  EXPECT_EQ(F.f->eta.limit, 2);
+  EXPECT_EQ(F.f->eta.dynamic, 0);
+  SVec col(m);
+  std::vector<int> ci;
+  std::vector<double> cv;
+  int statuses[3];
+  for (int j = 0; j < 3; j++) {
+    md.column(j, ci, cv);
+    lu_ftran_spike(F.f, &col.v, static_cast<int>(ci.size()), ci.data(), cv.data(), j);
+    statuses[j] = lu_update(env, F.f, &md.mat, j, j);
+    head[j] = j;
+  }
+  EXPECT_EQ(statuses[0], 0);
+  EXPECT_EQ(statuses[1], 0);
+  EXPECT_EQ(statuses[2], kLuRefactor);
+  EXPECT_EQ(F.f->ready, 0);
+  // Singular basis with the limit at 0: no repair, the singular status.
+  head[3] = head[4] = m;  // the same structural twice
+  EXPECT_EQ(lu_refactor(env, F.f, &md.mat, head.data(), &u, 1e-13, 1, nullptr), kLuSingular);
+  VLTcloseVELTO(&env);
+}

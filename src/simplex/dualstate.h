@@ -1,0 +1,50 @@
+// The dual method's layer of a problem object, and the mapping between the
+// problem store's working form and the engine's computational form.
+#pragma once
+
+#include <vector>
+
+#include "model/lp.h"
+#include "simplex/dualcore.h"
+
+namespace velto {
+
+// Record behind lp.dual.  It outlives a call so that a re-solve reuses the
+// norms, and so that the Farkas row and the ray of the last run can be read.
+struct dualstate {
+  dualprob prob;
+  dualengine eng;
+  int engready = 0;      // eng holds the final basis of the last run
+  int normsok = 0;       // eng.gamma belongs to eng.head
+  int farkaspos = -1;    // basis position of the row that proved infeasibility
+  double farkasval = 0;  // its basic value then
+  std::vector<double> ray;  // primal ray by working column (totcols), status 2
+  int hasray = 0;
+  // Basis factor used by the read-only basis calls, with the head it holds.
+  dualprob bprob;
+  dualfactor *bfac = nullptr;
+  std::vector<int> bhead;
+  int bready = 0;
+};
+
+// The dual simplex method on p (the work of VLTdualopt after the handle
+// tests); returns a status.
+int dual_optimize(env *e, lp *p);
+
+// Returns the layer, making it on first use; null on 1001.
+dualstate *dualstate_get(env *e, lp *p);
+
+// Builds the computational form of the working model of p (structural and
+// range columns, then one logical per row: the slack, or the artificial of
+// a row without one).  `rowslack` receives, per row, its slack index or -1.
+void dual_buildprob(const lp *p, dualprob &prob, std::vector<int> &rowslack);
+
+// Engine numbering <-> working numbering of the store.
+int dual_to_working(const lp *p, const std::vector<int> &rowslack, int v);
+int dual_from_working(const lp *p, int j);
+
+// Sign of a row's logical in the user's view of the basis: the slack of a
+// 'G' row is read as rhs - activity, the negation of the working slack.
+double dual_usersign(const lp *p, int v);
+
+}  // namespace velto

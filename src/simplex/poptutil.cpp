@@ -1,0 +1,232 @@
+// Basic values, duals, phases and perturbation of the primal engine.
+#include <algorithm>
+#include <cmath>
+
+#include "simplex/pengine.h"
+
+namespace velto {
+
+void pengine::column(int j, wvec &v) const {
+  if (j >= n) {
+    v.set(j - n, 1.0);
+    return;
+  }
+  for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) v.set(p.cind[t], p.cval[t]);
+}
+
+double pengine::coldot(int j, const double *y) const {
+  if (j >= n) return y[j - n];
+  double s = 0.0;
+  for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) s += p.cval[t] * y[p.cind[t]];
+  return s;
+}
+
+// Factorizes the basis in b.head; singular positions are replaced by the
+// logicals of the rows left over and the variables that go out are put at
+// a bound.
+int pengine::refactor() {
+  std::vector<int> badpos, badrow;
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    bcbeg.resize(m);
+    bclen.resize(m);
+    bcind.clear();
+    bcval.clear();
+    for (int k = 0; k < m; ++k) {
+      int j = b.head[k];
+      bcbeg[k] = (int)bcind.size();
+      if (j >= n) {
+        bcind.push_back(j - n);
+        bcval.push_back(1.0);
+      } else {
+        for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) {
+          bcind.push_back(p.cind[t]);
+          bcval.push_back(p.cval[t]);
+        }
+      }
+      bclen[k] = (int)bcind.size() - bcbeg[k];
+    }
+    f.threshold = opt.markowitz;
+    int bad = f.factor(m, bcbeg, bclen, bcind.data(), bcval.data(), badpos, badrow);
+    ++refactors;
+    fresh = true;
+    if (bad == 0) return 0;
+    for (size_t t = 0; t < badpos.size(); ++t) {
+      int k = badpos[t];
+      int j = b.head[k];
+      int s = n + badrow[t];
+      pos[j] = -1;
+      if (std::isfinite(lbw[j])) { b.stat[j] = kAtLower; b.x[j] = lbw[j]; }
+      else if (std::isfinite(ubw[j])) { b.stat[j] = kAtUpper; b.x[j] = ubw[j]; }
+      else { b.stat[j] = kFree; b.x[j] = 0.0; }
+      b.head[k] = s;
+      pos[s] = k;
+      b.stat[s] = kBasic;
+    }
+    djvalid = false;
+  }
+  return 1256;
+}
+
+void pengine::compute_xb() {
+  wvec &v = col;
+  v.clear();
+  for (int i = 0; i < m; ++i) v.set(i, p.rhs[i]);
+  for (int j = 0; j < nt; ++j) {
+    if (pos[j] >= 0) continue;
+    double xj = b.x[j];
+    if (xj == 0.0) continue;
+    if (j >= n) {
+      v.val[j - n] -= xj;
+    } else {
+      for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) v.val[p.cind[t]] -= p.cval[t] * xj;
+    }
+  }
+  f.ftran(v);
+  for (int k = 0; k < m; ++k) b.x[b.head[k]] = v.val[k];
+  v.clear();
+}
+
+double pengine::phase1_cost(int k) const {
+  int j = b.head[k];
+  double x = b.x[j];
+  if (x < lbw[j] - feastol) return -1.0;
+  if (x > ubw[j] + feastol) return 1.0;
+  return 0.0;
+}
+
+void pengine::set_phase_costs() {
+  ninf = 0;
+  suminf = 0.0;
+  for (int k = 0; k < m; ++k) {
+    int j = b.head[k];
+    double x = b.x[j];
+    if (x < lbw[j] - feastol) { ++ninf; suminf += lbw[j] - x; }
+    else if (x > ubw[j] + feastol) { ++ninf; suminf += x - ubw[j]; }
+  }
+  phase = ninf > 0 ? 1 : 2;
+  cb.assign(m, 0.0);
+  for (int k = 0; k < m; ++k)
+    cb[k] = phase == 1 ? phase1_cost(k) : p.cost[b.head[k]];
+  djvalid = false;
+}
+
+void pengine::compute_pi() {
+  wvec &v = rho;
+  v.clear();
+  for (int k = 0; k < m; ++k)
+    if (cb[k] != 0.0) v.set(k, cb[k]);
+  f.btran(v);
+  for (int i = 0; i < m; ++i) pi[i] = v.val[i];
+  v.clear();
+}
+
+void pengine::compute_dj() {
+  for (int j = 0; j < nt; ++j) {
+    if (pos[j] >= 0) { d[j] = 0.0; continue; }
+    double c = phase == 1 ? 0.0 : p.cost[j];
+    d[j] = c - coldot(j, pi.data());
+  }
+  djvalid = true;
+}
+
+void pengine::compute_objval() {
+  if (phase == 1) {
+    double s = 0.0;
+    for (int k = 0; k < m; ++k) {
+      int j = b.head[k];
+      double x = b.x[j];
+      if (x < lbw[j] - feastol) s += lbw[j] - x;
+      else if (x > ubw[j] + feastol) s += x - ubw[j];
+    }
+    objval = s;
+    return;
+  }
+  double s = 0.0;
+  for (int j = 0; j < nt; ++j) s += p.cost[j] * b.x[j];
+  objval = s;
+}
+
+// arow = rho' [A I] for the nonbasic variables, rho = B^-T e_r held in `rho`.
+void pengine::pivot_row() {
+  for (int t = 0; t < arownnz; ++t) {
+    arow[arowind[t]] = 0.0;
+    arowmark[arowind[t]] = 0;
+  }
+  arownnz = 0;
+  for (int s = 0; s < rho.nnz; ++s) {
+    int i = rho.ind[s];
+    double r = rho.val[i];
+    for (int t = p.rbeg[i]; t < p.rbeg[i + 1]; ++t) {
+      int j = p.rind[t];
+      if (!arowmark[j]) { arowmark[j] = 1; arowind[arownnz++] = j; }
+      arow[j] += r * p.rval[t];
+    }
+    int j = n + i;
+    if (!arowmark[j]) { arowmark[j] = 1; arowind[arownnz++] = j; }
+    arow[j] += r;
+  }
+}
+
+double pengine::max_primal_infeas() const {
+  double mx = 0.0;
+  for (int k = 0; k < m; ++k) {
+    int j = b.head[k];
+    double x = b.x[j];
+    mx = std::max(mx, std::max(lbw[j] - x, x - ubw[j]));
+  }
+  return mx;
+}
+
+// Widens the bounds by small random amounts so that ties in the ratio test
+// become rare; nonbasic variables move with their bound.
+void pengine::perturb_bounds() {
+  uint32_t seed = 1234567u + (uint32_t)perturbcount * 7919u;
+  auto draw = [&seed]() {
+    seed = seed * 1103515245u + 12345u;
+    return ((seed >> 16) & 0x7fff) / 32768.0;
+  };
+  for (int j = 0; j < nt; ++j) {
+    double scale = 1e-6 * (0.5 + draw());
+    if (std::isfinite(p.lb[j]))
+      lbw[j] = p.lb[j] - scale * std::min(1.0 + std::fabs(p.lb[j]), 1e3);
+    if (std::isfinite(p.ub[j]))
+      ubw[j] = p.ub[j] + scale * std::min(1.0 + std::fabs(p.ub[j]), 1e3);
+    if (pos[j] < 0) {
+      if (b.stat[j] == kAtLower && std::isfinite(lbw[j])) b.x[j] = lbw[j];
+      else if (b.stat[j] == kAtUpper && std::isfinite(ubw[j])) b.x[j] = ubw[j];
+    }
+  }
+  perturbed = true;
+  ++perturbcount;
+  compute_xb();
+  set_phase_costs();
+  compute_pi();
+  compute_dj();
+}
+
+void pengine::remove_perturbation() {
+  for (int j = 0; j < nt; ++j) {
+    lbw[j] = p.lb[j];
+    ubw[j] = p.ub[j];
+    if (pos[j] < 0) {
+      if (b.stat[j] == kAtLower) b.x[j] = lbw[j];
+      else if (b.stat[j] == kAtUpper) b.x[j] = ubw[j];
+    }
+  }
+  perturbed = false;
+  refresh();
+}
+
+void pengine::refresh() {
+  if (!fresh || f.updates > 0) {
+    int st = refactor();
+    if (st) { res.err = st; return; }
+  }
+  compute_xb();
+  set_phase_costs();
+  compute_pi();
+  compute_dj();
+  compute_objval();
+}
+
+}  // namespace velto

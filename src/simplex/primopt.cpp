@@ -1,0 +1,300 @@
+// The primal simplex iteration loop.
+#include <algorithm>
+#include <cmath>
+
+#include "simplex/pengine.h"
+
+namespace velto {
+
+namespace {
+
+bool partial_mode(int pricing) {
+  return pricing == kPriceAuto || pricing == kPricePartialOnly;
+}
+
+// Applies the phase-1 cost changes of the positions touched by the last
+// step: pi and the reduced costs follow by one BTRAN and a row product.
+void phase1_repair(pengine &e, int r, bool keepdj) {
+  e.dcb.clear();
+  auto touch = [&](int k) {
+    double c = e.phase1_cost(k);
+    if (c != e.cb[k]) {
+      e.dcb.set(k, c - e.cb[k]);
+      e.cb[k] = c;
+    }
+  };
+  for (int s = 0; s < e.col.nnz; ++s) touch(e.col.ind[s]);
+  if (r >= 0) touch(r);
+  if (e.dcb.nnz == 0 || !keepdj) {
+    e.dcb.clear();
+    return;
+  }
+  e.rho.clear();
+  for (int s = 0; s < e.dcb.nnz; ++s) e.rho.set(e.dcb.ind[s], e.dcb.val[e.dcb.ind[s]]);
+  e.dcb.clear();
+  e.f.btran(e.rho);
+  for (int s = 0; s < e.rho.nnz; ++s) e.pi[e.rho.ind[s]] += e.rho.val[e.rho.ind[s]];
+  e.pivot_row();
+  for (int s = 0; s < e.arownnz; ++s) {
+    int j = e.arowind[s];
+    if (e.pos[j] < 0) e.d[j] -= e.arow[j];
+  }
+}
+
+int count_infeasible(const pengine &e) {
+  int c = 0;
+  for (int k = 0; k < e.m; ++k) c += e.cb[k] != 0.0;
+  return c;
+}
+
+}  // namespace
+
+void pbasis_settle(const wprob &p, pbasis &b) {
+  int nt = p.n + p.m;
+  b.x.resize(nt, 0.0);
+  for (int j = 0; j < nt; ++j) {
+    if (b.stat[j] == kBasic) continue;
+    bool hl = std::isfinite(p.lb[j]), hu = std::isfinite(p.ub[j]);
+    if (b.stat[j] == kAtUpper && !hu) b.stat[j] = hl ? kAtLower : kFree;
+    if (b.stat[j] == kAtLower && !hl) b.stat[j] = hu ? kAtUpper : kFree;
+    if (b.stat[j] == kFree && (hl || hu)) {
+      // A superbasic value inside its bounds is kept; otherwise go to a bound.
+      double v = b.x[j];
+      if (!(v >= p.lb[j] && v <= p.ub[j]))
+        b.stat[j] = hl ? kAtLower : kAtUpper;
+    }
+    if (b.stat[j] == kAtLower) b.x[j] = p.lb[j];
+    else if (b.stat[j] == kAtUpper) b.x[j] = p.ub[j];
+    else if (!(hl || hu)) b.x[j] = 0.0;
+  }
+}
+
+void primal_run(const wprob &p, pbasis &b, const poptions &opt,
+                const phooks &hk, int iter0, int phase1cnt0, presult &res) {
+  pengine e(p, b, opt, hk, res);
+  const int m = e.m, nt = e.nt;
+  res = presult();
+  e.lbw = p.lb;
+  e.ubw = p.ub;
+  e.pos.assign(nt, -1);
+  for (int k = 0; k < m; ++k) e.pos[b.head[k]] = k;
+  pbasis_settle(p, b);
+  e.mark.assign(nt, 0);
+  e.pi.assign(m, 0.0);
+  e.d.assign(nt, 0.0);
+  e.arow.assign(nt, 0.0);
+  e.arowind.assign(nt, 0);
+  e.arowmark.assign(nt, 0);
+  e.col.init(m);
+  e.rho.init(m);
+  e.tau.init(m);
+  e.dcb.init(m);
+  e.feastol = opt.feastol;
+  e.opttol = opt.opttol;
+  e.delta = 0.5 * opt.feastol;
+  e.pricing = opt.pricing;
+  e.reinv = opt.reinv > 0 ? opt.reinv : 100;
+  e.itcnt = iter0;
+  e.phase1cnt = phase1cnt0;
+  e.matrixnz = (double)p.cind.size() + m;
+
+  e.refresh();
+  if (res.err) goto done;
+  e.price_init();
+  if (e.pricing == kPriceDevex && opt.display > 0 && e.itcnt == 0) {
+    // The devex engine chosen from the start says so once.
+  }
+  if (opt.perturb_at_start) e.perturb_bounds();
+
+  for (;;) {
+    if (res.err) break;
+    if (e.itcnt >= opt.itlim) { res.lpstat = kPItLim; break; }
+    if (hk.stop && hk.stop(hk.ctx)) { res.lpstat = kPAbort; break; }
+    if (e.itcnt > 0 && e.itcnt % 25 == 0 && hk.clock && opt.tilim < 1e75) {
+      if (hk.clock(hk.ctx) - hk.starttime > opt.tilim) { res.lpstat = kPTimeLim; break; }
+    }
+    if (e.pricing == kPriceAuto && e.price_switch_test()) {
+      e.pricing = kPriceDevex;
+      e.compute_pi();
+      e.compute_dj();
+      e.price_init();
+      e.logf(e.itcnt == 0 ? "Using devex.\n" : "Switched to devex.\n");
+    }
+    if (partial_mode(e.pricing)) e.compute_pi();
+    else if (!e.djvalid) { e.compute_pi(); e.compute_dj(); }
+
+    int q = e.price_select(e.opttol);
+    if (q < 0) {
+      if (!e.fresh || e.f.updates > 0) { e.refresh(); continue; }
+      if (e.nrejected > 0) {
+        std::fill(e.mark.begin(), e.mark.end(), 0);
+        e.nrejected = 0;
+        continue;
+      }
+      if (e.perturbed) { e.remove_perturbation(); continue; }
+      res.lpstat = e.phase == 1 ? kPInfeasible : kPOptimal;
+      break;
+    }
+
+    // Direction and distance to the opposite bound.
+    int st = b.stat[q];
+    int dir = st == kAtLower ? 1 : st == kAtUpper ? -1 : (e.d[q] < 0 ? 1 : -1);
+    double range = kInf;
+    if (dir > 0 && std::isfinite(e.ubw[q])) range = e.ubw[q] - b.x[q];
+    if (dir < 0 && std::isfinite(e.lbw[q])) range = b.x[q] - e.lbw[q];
+    if (range < 0) range = 0;
+
+    e.col.clear();
+    e.column(q, e.col);
+    e.f.ftran(e.col);
+    int r = -1, endstat = 0;
+    double step = 0.0;
+    int rt = e.ratio_primal(q, dir, range, r, step, endstat);
+    if (rt == 2) {
+      if (!e.fresh) { e.refresh(); continue; }
+      if (e.phase == 1) { e.mark[q] = 1; ++e.nrejected; continue; }
+      if (e.perturbed) { e.remove_perturbation(); continue; }
+      res.lpstat = kPUnbounded;
+      break;
+    }
+    double alpha_r = r >= 0 ? e.col.val[r] : 0.0;
+    if (r >= 0 && std::fabs(alpha_r) < 1e-7) {
+      if (!e.fresh) { e.refresh(); continue; }
+      if (std::fabs(alpha_r) < 1e-9) { e.mark[q] = 1; ++e.nrejected; continue; }
+    }
+    const bool keepdj = !partial_mode(e.pricing);
+    if (r >= 0 && keepdj) {
+      e.rho.clear();
+      e.rho.set(r, 1.0);
+      e.f.btran(e.rho);
+      e.pivot_row();
+      double ar = e.arow[q];
+      if (std::fabs(ar - alpha_r) > 1e-7 * (1.0 + std::fabs(alpha_r))) {
+        if (!e.fresh) { e.refresh(); continue; }
+      }
+      if (e.pricing == kPriceSteepest || e.pricing == kPriceSteepestSlack) {
+        e.tau.clear();
+        for (int s = 0; s < e.col.nnz; ++s) e.tau.set(e.col.ind[s], e.col.val[e.col.ind[s]]);
+        e.f.btran(e.tau);
+      }
+    }
+
+    // Move.
+    double theta = dir * step;
+    double dq = keepdj ? e.d[q] : e.dj_fresh(q);
+    if (theta != 0.0) {
+      b.x[q] += theta;
+      for (int s = 0; s < e.col.nnz; ++s) {
+        int k = e.col.ind[s];
+        b.x[b.head[k]] -= theta * e.col.val[k];
+      }
+    }
+    if (e.phase == 2) e.objval += dq * theta;
+    int leaving = -1;
+    if (r < 0) {
+      b.stat[q] = endstat;
+      b.x[q] = endstat == kAtUpper ? e.ubw[q] : e.lbw[q];
+      if (e.phase == 1) phase1_repair(e, -1, keepdj);
+    } else {
+      leaving = b.head[r];
+      b.x[leaving] = endstat == kAtUpper ? e.ubw[leaving] : e.lbw[leaving];
+      if (keepdj) {
+        e.price_update_weights(q, r, leaving, alpha_r);
+        double thd = dq / alpha_r;
+        for (int s = 0; s < e.arownnz; ++s) {
+          int j = e.arowind[s];
+          if (e.pos[j] < 0) e.d[j] -= thd * e.arow[j];
+        }
+        e.d[leaving] = -thd - (e.phase == 1 ? e.cb[r] : 0.0);
+        e.d[q] = 0.0;
+        for (int s = 0; s < e.rho.nnz; ++s) e.pi[e.rho.ind[s]] += thd * e.rho.val[e.rho.ind[s]];
+      }
+      e.pos[leaving] = -1;
+      b.stat[leaving] = endstat;
+      e.pos[q] = r;
+      b.head[r] = q;
+      b.stat[q] = kBasic;
+      e.f.update(e.col, r);
+      e.fresh = false;
+      if (e.pricing == kPriceDevex && e.w[q] < 0) e.devex_reset();
+      if (e.phase == 1) {
+        e.cb[r] = 0.0;
+        phase1_repair(e, r, keepdj);
+      } else {
+        e.cb[r] = p.cost[q];
+      }
+    }
+    if (e.phase == 1 && count_infeasible(e) == 0) {
+      e.set_phase_costs();
+      if (e.phase == 2) {
+        e.compute_pi();
+        if (keepdj) e.compute_dj();
+        e.compute_objval();
+      }
+    }
+    e.degenerate = step < 1e-11 ? e.degenerate + 1 : 0;
+    if (!e.perturbed && e.perturbcount == 0 && e.degenerate > std::max(50, m / 20))
+      e.perturb_bounds();
+    if (e.f.updates >= e.reinv || e.f.etanz > 3 * e.f.lunz + 10 * m) e.refresh();
+    ++e.itcnt;
+    if (e.phase == 1) ++e.phase1cnt;
+    if (e.phase == 2 && e.objval < opt.objlim) {
+      e.refresh();
+      if (e.phase == 2 && e.objval < opt.objlim) { res.lpstat = kPObjLim; break; }
+    }
+    e.log_iteration(q, leaving, r < 0, endstat);
+    if (opt.display > 0 && hk.clock && e.itcnt % 1000 == 0 &&
+        e.itcnt - e.lastelapsedit >= 1000) {
+      double t = hk.clock(hk.ctx) - hk.starttime;
+      e.lastelapsedit = e.itcnt;
+      if (t - e.lastelapsed >= 10.0) {
+        e.lastelapsed = t;
+        e.logf("Elapsed time = %7.2f sec. (%d iterations)\n", t, e.itcnt);
+      }
+    }
+  }
+
+  // Leave the model's own bounds in force and make the values consistent.
+  if (!res.err && e.perturbed) {
+    for (int j = 0; j < nt; ++j) { e.lbw[j] = p.lb[j]; e.ubw[j] = p.ub[j]; }
+    for (int j = 0; j < nt; ++j)
+      if (e.pos[j] < 0) {
+        if (b.stat[j] == kAtLower) b.x[j] = p.lb[j];
+        else if (b.stat[j] == kAtUpper) b.x[j] = p.ub[j];
+      }
+    e.perturbed = false;
+    e.refresh();
+  } else if (!res.err && (!e.fresh || e.f.updates > 0)) {
+    e.refresh();
+  }
+done:
+  res.itcnt = e.itcnt;
+  res.phase1cnt = e.phase1cnt;
+  res.pricing_used = e.pricing;
+  if (res.err) return;
+  {
+    // Final duals with the true costs (phase-1 costs for an infeasible end).
+    if (res.lpstat != kPInfeasible) {
+      e.phase = 2;
+      for (int k = 0; k < m; ++k) e.cb[k] = p.cost[b.head[k]];
+    }
+    e.compute_pi();
+    e.compute_dj();
+    double obj = 0.0;
+    for (int j = 0; j < nt; ++j) obj += p.cost[j] * b.x[j];
+    res.objval = obj;
+    res.x = b.x;
+    res.pi = e.pi;
+    res.d = e.d;
+    bool pf = e.max_primal_infeas() <= opt.feastol;
+    switch (res.lpstat) {
+      case kPOptimal: res.pfeas = res.dfeas = 1; break;
+      case kPUnbounded: res.pfeas = 1; break;
+      case kPInfeasible: break;
+      case kPObjLim: res.pfeas = 1; break;
+      default: res.pfeas = pf ? 1 : 0; break;
+    }
+  }
+}
+
+}  // namespace velto

@@ -1,0 +1,39 @@
+// Exported optimizer entries.
+#include <new>
+
+#include "env/par.h"
+#include "model/lp.h"
+#include "model/store.h"
+#include "simplex/dualstate.h"
+#include "simplex/solve.h"
+
+using namespace velto;
+
+namespace {
+
+int entry(env *e, lp *p, int (*run)(env *, lp *)) {
+  int status = 0;
+  if (!checkenv(e)) return kNoEnvironment;
+  if (!checklp(p)) status = kNoProblem;
+  if (status == 0) status = guarded([&] { return cache_flush(e, p); });
+  if (status == 0) status = guarded([&] { return run(e, p); });
+  if (status) report(e, &status);
+  return status;
+}
+
+// Method choice: 1 is the primal simplex; the dual simplex is the default
+// and stands in for the methods not wired in yet.
+int lpopt_run(env *e, lp *p) {
+  if (e->params->lpmethod == 1) return primal_optimize(e, p);
+  return dual_optimize(e, p);
+}
+
+}  // namespace
+
+extern "C" {
+
+int VLTprimopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, primal_optimize); }
+
+int VLTlpopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, lpopt_run); }
+
+}  // extern "C"
