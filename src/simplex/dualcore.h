@@ -142,6 +142,11 @@ struct dualopts {
   double objulim = 1e75;     // stop when the dual objective passes this (minimization sign)
   volatile int *abortword = nullptr;
   int display = 0;
+  // Log lines go through this function when display is on.
+  void (*log)(void *ctx, const char *line) = nullptr;
+  void *logctx = nullptr;
+  double objsen = 1.0;       // for the objective shown in the log
+  double objoffset = 0.0;
 };
 
 // Outcome codes of the engine.

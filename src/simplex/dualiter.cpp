@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdarg>
+#include <cstdio>
 
 #include "simplex/dualcore.h"
 
@@ -66,6 +68,26 @@ void shift_small(dualengine &e, double tol) {
     e.d[j] = 0.0;
     e.shifts++;
   }
+}
+
+void logf(const dualengine &e, const char *fmt, ...) {
+  if (e.opt.display <= 0 || e.opt.log == nullptr) return;
+  char buf[256];
+  va_list ap;
+  va_start(ap, fmt);
+  std::vsnprintf(buf, sizeof buf, fmt, ap);
+  va_end(ap);
+  e.opt.log(e.opt.logctx, buf);
+}
+
+// Iteration line: phase 1 shows the sum of dual infeasibilities, phase 2 the
+// dual objective in the user's sign.
+void logline(const dualengine &e) {
+  double obj = dual_objective(e);
+  if (e.phase == 1) logf(e, "Iteration: %5d   Dual infeasibility = %20.6f\n", e.itcnt, -obj);
+  else
+    logf(e, "Iteration: %5d   Dual objective     = %20.6f\n", e.itcnt,
+         e.opt.objsen * obj + e.opt.objoffset);
 }
 
 }  // namespace
@@ -216,7 +238,11 @@ int dual_solve(dualengine &e) {
   int s = refresh(e);
   if (s) return -s;
   settle_phase(e);
-  if (e.opt.perind && e.phase == 2) dual_perturb(e);
+  if (e.opt.perind && e.phase == 2) {
+    dual_perturb(e);
+    logf(e, "Perturbation started.\n");
+  }
+  int lastref = e.refactors, lastphase = e.phase;
   e.lastobj = -1e75;
   e.progbase = e.itcnt;
   int rounds = 0;
@@ -232,12 +258,28 @@ int dual_solve(dualengine &e) {
       // Counted only when the basis or a bound moved.
       e.itcnt++;
       if (e.phase == 1) e.phase1cnt++;
+      if (e.opt.display >= 1 && (e.refactors != lastref || e.phase != lastphase)) {
+        logline(e);
+        lastref = e.refactors;
+        lastphase = e.phase;
+      }
+      // Objective limit: the dual objective only rises in phase 2, so once
+      // past the limit the primal optimum is past it too.
+      if (e.opt.objulim < 1e75 && e.phase == 2 && !e.perturbed && e.shifts == 0 &&
+          dual_objective(e) > e.opt.objulim) {
+        if (e.fac->updates() > 0) {
+          s = refresh(e);
+          if (s) return e.result = -s;
+        }
+        if (dual_objective(e) > e.opt.objulim) return e.result = kDualObjLim;
+      }
       if (e.itcnt - e.progbase >= e.perlimit) {
         double obj = dual_objective(e);
         if (obj > e.lastobj + 1e-9 * (1.0 + std::fabs(obj))) {
           e.lastobj = obj;
         } else if (!e.perturbed && e.phase == 2 && e.percount < 6) {
           dual_perturb(e);
+          logf(e, e.percount == 1 ? "Perturbation started.\n" : "Reperturbation started.\n");
           e.lastobj = -1e75;
         }
         e.progbase = e.itcnt;
@@ -289,6 +331,8 @@ int dual_solve(dualengine &e) {
     }
     // Phase 2 optimal for the working costs.
     if (e.perturbed || e.shifts) {
+      if (e.perturbed) logf(e, "Removing perturbation.\n");
+      else logf(e, "Removing shift (%d).\n", e.shifts);
       dual_unperturb(e);
       settle_phase(e);
       e.progbase = e.itcnt;

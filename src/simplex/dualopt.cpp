@@ -312,6 +312,11 @@ int dual_optimize(env *e, lp *p) {
   o.longstep = pb->p1051;
   o.abortword = pb->abortword;
   o.display = pb->simdisplay;
+  o.log = [](void *ctx, const char *line) { msg(static_cast<env *>(ctx)->reschannel, "%s", line); };
+  o.logctx = e;
+  o.objsen = c->objsen;
+  o.objoffset = c->objoffset;
+  o.objulim = c->objsen == 1 ? pb->objulim : -pb->objllim;
   int mode = pb->dpriind;
   if (mode == 0) mode = (pb->advind && p->start && p->start->dnorm) ? 4 : 2;
   if (mode == 3) mode = 2;

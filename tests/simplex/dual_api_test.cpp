@@ -206,3 +206,42 @@ TEST(DualOpt, SmallNetlibModelsThroughTheInterface) {
     EXPECT_NEAR(z, opt[name], 1e-6 * (1 + std::fabs(opt[name])));
   }
 }
+
+TEST(DualOpt, LogLinesAndObjectiveLimit) {
+  std::string f = datadir() + "/netlib/afiro.mps.gz";
+  if (!std::ifstream(f)) GTEST_SKIP() << "public models not found: " << f;
+  session s;
+  std::string log;
+  VLTCHANNELptr res, warn, err, lg;
+  VLTgetchannels(s.env, &res, &warn, &err, &lg);
+  ASSERT_EQ(VLTreadcopyprob(s.env, s.lp, f.c_str(), nullptr), 0);
+  VLTaddfuncdest(s.env, res, &log, [](void *h, const char *t) { *static_cast<std::string *>(h) += t; });
+  ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 1), 0);
+  ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+  ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
+  // Every line is an iteration line of one of the two phases; the last
+  // phase-2 value is a bound below the optimum -464.7531.
+  std::istringstream in(log);
+  std::string line;
+  int lines = 0;
+  double last = -1e300;
+  while (std::getline(in, line)) {
+    int it;
+    double v;
+    bool p1 = std::sscanf(line.c_str(), "Iteration: %d   Dual infeasibility = %lf", &it, &v) == 2;
+    bool p2 = std::sscanf(line.c_str(), "Iteration: %d   Dual objective     = %lf", &it, &v) == 2;
+    EXPECT_TRUE(p1 || p2) << line;
+    if (p2) last = v;
+    ++lines;
+  }
+  EXPECT_GT(lines, 0);
+  EXPECT_LE(last, -464.7531 + 1e-4);
+  // The dual objective passes -500 on its way up to the optimum: status 12.
+  ASSERT_EQ(VLTsetdblparam(s.env, VLT_PARAM_OBJULIM, -500.0), 0);
+  ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_ADVIND, 0), 0);
+  ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+  EXPECT_EQ(VLTgetstat(s.env, s.lp), 12);
+  ASSERT_EQ(VLTsetdblparam(s.env, VLT_PARAM_OBJULIM, -400.0), 0);
+  ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+  EXPECT_EQ(VLTgetstat(s.env, s.lp), 1);
+}
