@@ -135,10 +135,7 @@ int lu_update(env *, lufactor *f, const lumatrix *mat, int pos, int entering) {
   if (!f->ready || pos < 0 || pos >= m) return refuse(f);
   if (f->rowetanz == 0 || f->rowetapos != pos) lu_make_roweta(f, pos);
   if (f->spikenz == 0 || f->spikevar != entering) {
-    if (int st = lu_make_spike(f, mat, entering)) {
-      refuse(f);
-      return st;
-    }
+    if (lu_make_spike(f, mat, entering) != 0) return refuse(f);
   }
   const int ns = f->spikenz > 0 ? f->spikenz : 0;
   // alpha = y' s.
@@ -208,19 +205,14 @@ int lu_update(env *, lufactor *f, const lumatrix *mat, int pos, int entering) {
   int hi = -1, n = 0;
   for (int q = 0; q < ns; q++)
     if (f->spikeind[q] != r) n++;
-  if (int st = lf_place(UC, pos, n, nullptr, 1)) {
-    refuse(f);
-    return st;
-  }
+  // Memory shortage here is not a failure: the caller refactorizes.
+  if (lf_place(UC, pos, n, nullptr, 1) != 0) return refuse(f);
   for (int q = 0; q < ns; q++) {
     int rr = f->spikeind[q];
     if (rr == r) continue;
     double v = f->spikeval[q];
     lf_push(UC, pos, rr, v, nullptr, 1);
-    if (int st = lf_push(UR, rr, pos, v, &f->rowfilemul, f->locked)) {
-      refuse(f);
-      return st;
-    }
+    if (lf_push(UR, rr, pos, v, &f->rowfilemul, f->locked) != 0) return refuse(f);
     hi = std::max(hi, f->pivperminv[rr]);
   }
 

@@ -67,6 +67,7 @@ struct touched {
   int *mark;
   int *list;
   int n;
+  int *heap;  // position heap of the passes run on this set
   inline void touch(int i) {
     if (!mark[i]) {
       mark[i] = 1;
@@ -103,7 +104,7 @@ void ftran_l(lufactor *f, touched &t) {
     }
   };
   if (m > 50 * t.n) {
-    posheap h{f->heap, 0};
+    posheap h{t.heap, 0};
     for (int q = 0; q < t.n; q++) {
       int k = t.list[q];
       if (k < nlead)
@@ -181,7 +182,7 @@ void ftran_u(lufactor *f, touched &t, svec *out) {
     }
   };
   int top = -1;
-  posheap h{f->heap, 0};
+  posheap h{t.heap, 0};
   for (int q = 0; q < t.n; q++) {
     int pos = f->pivperminv[t.list[q]];
     if (pos >= uf && pos > top) top = pos;
@@ -240,7 +241,7 @@ void btran_u(lufactor *f, touched &y, touched &w) {
   int low = m;
   for (int q = 0; q < y.n; q++) low = std::min(low, f->pivpos[y.list[q]]);
   if (m > 30 * y.n && m - low > 20 * y.n) {
-    posheap h{f->heap, 0};
+    posheap h{y.heap, 0};
     for (int q = 0; q < y.n; q++) heap_push_min(&h, f->pivpos[y.list[q]]);
     while (h.n > 0) {
       if (10 * h.n >= m - h.a[0]) break;
@@ -326,7 +327,7 @@ void btran_l(lufactor *f, touched &w, svec *out) {
   int hi = -1;
   for (int q = 0; q < w.n; q++) hi = std::max(hi, w.list[q]);
   if (m > 10 * w.n && 30 * w.n < hi) {
-    posheap h{f->heap, 0};
+    posheap h{w.heap, 0};
     for (int q = 0; q < w.n; q++) heap_push_max(&h, w.list[q]);
     while (h.n > 0) {
       if (20 * h.n >= h.a[0]) break;
@@ -363,9 +364,19 @@ void store_spike(lufactor *f, const touched &t, int var) {
   }
 }
 
-void ftran_core(lufactor *f, svec *out, int nnz, const int *ind, const double *val, bool spike,
-                int var) {
-  touched t{f->work0, f->mark0, f->list0, 0};
+// Work vectors of one solve: the factor's own or a caller's.
+struct solvework {
+  double *v0, *v1;
+  int *m0, *m1, *l0, *l1, *heap;
+};
+inline solvework own(lufactor *f) {
+  return {f->work0, f->work1, f->mark0, f->mark1, f->list0, f->list1, f->heap};
+}
+inline solvework theirs(luwork *w) { return {w->v0, w->v1, w->m0, w->m1, w->l0, w->l1, w->heap}; }
+
+void ftran_core(lufactor *f, const solvework &sw, svec *out, int nnz, const int *ind,
+                const double *val, bool spike, int var) {
+  touched t{sw.v0, sw.m0, sw.l0, 0, sw.heap};
   for (int q = 0; q < nnz; q++) {
     if (val[q] == 0.0) continue;
     int k = f->rowpiv[ind[q]];
@@ -380,43 +391,33 @@ void ftran_core(lufactor *f, svec *out, int nnz, const int *ind, const double *v
   t.reset();
 }
 
-}  // namespace ftdetail
-
-using namespace ftdetail;
-
-void lu_ftran_sparse(lufactor *f, svec *out, int nnz, const int *ind, const double *val) {
-  ftran_core(f, out, nnz, ind, val, false, -1);
-}
-
-void lu_ftran_spike(lufactor *f, svec *out, int nnz, const int *ind, const double *val, int var) {
-  ftran_core(f, out, nnz, ind, val, true, var);
-}
-
-void lu_ftran2(lufactor *f, svec *out1, int nnz1, const int *ind1, const double *val1, svec *out2,
-               int nnz2, const int *ind2, const double *val2) {
-  ftran_core(f, out1, nnz1, ind1, val1, false, -1);
-  ftran_core(f, out2, nnz2, ind2, val2, false, -1);
-}
-
-// U pass of a unit BTRAN at position `pos`, leaving w in work0 / mark0 /
-// list0 (pivot numbers); returns the touched count.
-static int btran_unit_u(lufactor *f, int pos) {
-  touched y{f->work1, f->mark1, f->list1, 0};
-  touched w{f->work0, f->mark0, f->list0, 0};
-  y.touch(pos);
-  y.v[pos] = 1.0;
+// U pass of a BTRAN, leaving w in v0 / m0 / l0 (pivot numbers); returns the
+// touched count.  `unitpos` >= 0 solves for the unit vector at that position.
+int btran_first(lufactor *f, const solvework &sw, int nnz, const int *ind, const double *val,
+                int unitpos) {
+  touched y{sw.v1, sw.m1, sw.l1, 0, sw.heap};
+  touched w{sw.v0, sw.m0, sw.l0, 0, sw.heap};
+  if (unitpos >= 0) {
+    y.touch(unitpos);
+    y.v[unitpos] = 1.0;
+  }
+  for (int q = 0; q < nnz; q++) {
+    if (val[q] == 0.0) continue;
+    y.touch(ind[q]);
+    y.v[ind[q]] += val[q];
+  }
   btran_u(f, y, w);
   return w.n;
 }
 
-static void btran_rest(lufactor *f, int n, svec *out) {
-  touched w{f->work0, f->mark0, f->list0, n};
+void btran_rest(lufactor *f, const solvework &sw, int n, svec *out) {
+  touched w{sw.v0, sw.m0, sw.l0, n, sw.heap};
   svec_clear(out);
   btran_eta(f, w);
   btran_l(f, w, out);
 }
 
-static void keep_roweta(lufactor *f, int n, int pos) {
+void keep_roweta(lufactor *f, int n, int pos) {
   int k = 0;
   for (int q = 0; q < n; q++) {
     int r = f->list0[q];
@@ -430,31 +431,95 @@ static void keep_roweta(lufactor *f, int n, int pos) {
   f->rowetapos = pos;
 }
 
-void lu_btran_sparse(lufactor *f, svec *out, int nnz, const int *ind, const double *val) {
-  touched y{f->work1, f->mark1, f->list1, 0};
-  touched w{f->work0, f->mark0, f->list0, 0};
-  for (int q = 0; q < nnz; q++) {
-    if (val[q] == 0.0) continue;
-    y.touch(ind[q]);
-    y.v[ind[q]] += val[q];
+}  // namespace ftdetail
+
+using namespace ftdetail;
+
+int luwork_alloc(luwork *w, int m) {
+  *w = luwork{};
+  w->dim = m;
+  int n = m > 0 ? m : 1;
+  w->v0 = allocnzero<double>(n);
+  w->v1 = allocnzero<double>(n);
+  w->m0 = allocnzero<int>(n);
+  w->m1 = allocnzero<int>(n);
+  w->l0 = allocn<int>(n);
+  w->l1 = allocn<int>(n);
+  w->heap = allocn<int>(n);
+  if (!w->v0 || !w->v1 || !w->m0 || !w->m1 || !w->l0 || !w->l1 || !w->heap) {
+    luwork_free(w);
+    return kNoMemory;
   }
-  btran_u(f, y, w);
-  btran_rest(f, w.n, out);
+  return 0;
 }
 
-void lu_btran_unit(lufactor *f, svec *out, int pos) { btran_rest(f, btran_unit_u(f, pos), out); }
+void luwork_free(luwork *w) {
+  release(&w->v0);
+  release(&w->v1);
+  release(&w->m0);
+  release(&w->m1);
+  release(&w->l0);
+  release(&w->l1);
+  release(&w->heap);
+  w->dim = 0;
+}
+
+void lu_ftran_sparse(lufactor *f, svec *out, int nnz, const int *ind, const double *val) {
+  f->spikenz = 0;  // a spike must come from the entering column's own solve
+  f->spikevar = -1;
+  ftran_core(f, own(f), out, nnz, ind, val, false, -1);
+}
+
+void lu_ftran_sparse(const lufactor *f, svec *out, int nnz, const int *ind, const double *val,
+                     luwork *w) {
+  ftran_core(const_cast<lufactor *>(f), theirs(w), out, nnz, ind, val, false, -1);
+}
+
+void lu_ftran_spike(lufactor *f, svec *out, int nnz, const int *ind, const double *val, int var) {
+  ftran_core(f, own(f), out, nnz, ind, val, true, var);
+}
+
+void lu_ftran2(lufactor *f, svec *out1, int nnz1, const int *ind1, const double *val1, svec *out2,
+               int nnz2, const int *ind2, const double *val2) {
+  ftran_core(f, own(f), out1, nnz1, ind1, val1, false, -1);
+  ftran_core(f, own(f), out2, nnz2, ind2, val2, false, -1);
+}
+
+void lu_btran_sparse(lufactor *f, svec *out, int nnz, const int *ind, const double *val) {
+  solvework sw = own(f);
+  btran_rest(f, sw, btran_first(f, sw, nnz, ind, val, -1), out);
+}
+
+void lu_btran_sparse(const lufactor *f, svec *out, int nnz, const int *ind, const double *val,
+                     luwork *w) {
+  lufactor *ff = const_cast<lufactor *>(f);
+  solvework sw = theirs(w);
+  btran_rest(ff, sw, btran_first(ff, sw, nnz, ind, val, -1), out);
+}
+
+void lu_btran_unit(lufactor *f, svec *out, int pos) {
+  solvework sw = own(f);
+  btran_rest(f, sw, btran_first(f, sw, 0, nullptr, nullptr, pos), out);
+}
+
+void lu_btran_unit(const lufactor *f, svec *out, int pos, luwork *w) {
+  lufactor *ff = const_cast<lufactor *>(f);
+  solvework sw = theirs(w);
+  btran_rest(ff, sw, btran_first(ff, sw, 0, nullptr, nullptr, pos), out);
+}
 
 void lu_btran_leaving(lufactor *f, svec *out, int pos) {
-  int n = btran_unit_u(f, pos);
+  solvework sw = own(f);
+  int n = btran_first(f, sw, 0, nullptr, nullptr, pos);
   keep_roweta(f, n, pos);
-  btran_rest(f, n, out);
+  btran_rest(f, sw, n, out);
 }
 
 // Row eta alone (U pass of the unit BTRAN), for an update that lacks it.
 void lu_make_roweta(lufactor *f, int pos) {
-  int n = btran_unit_u(f, pos);
+  int n = btran_first(f, own(f), 0, nullptr, nullptr, pos);
   keep_roweta(f, n, pos);
-  touched w{f->work0, f->mark0, f->list0, n};
+  touched w{f->work0, f->mark0, f->list0, n, f->heap};
   w.reset();
 }
 
@@ -566,7 +631,7 @@ int lu_make_spike(lufactor *f, const lumatrix *mat, int var) {
     return kNoMemory;
   }
   n = lu_column(mat, var, ci, cv);
-  touched t{f->work0, f->mark0, f->list0, 0};
+  touched t{f->work0, f->mark0, f->list0, 0, f->heap};
   for (int q = 0; q < n; q++) {
     if (cv[q] == 0.0) continue;
     int k = f->rowpiv[ci[q]];

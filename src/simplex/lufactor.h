@@ -219,6 +219,20 @@ void lu_ftran_spike(lufactor *fac, svec *out, int nnz, const int *ind, const dou
 // Two right-hand sides.
 void lu_ftran2(lufactor *fac, svec *out1, int nnz1, const int *ind1, const double *val1,
                svec *out2, int nnz2, const int *ind2, const double *val2);
+// Caller-owned work vectors: solves given one only read the factor, so
+// several may run at once on one factor (one luwork per thread).
+struct luwork {
+  int dim;
+  double *v0, *v1;
+  int *m0, *m1, *l0, *l1, *heap;
+};
+int luwork_alloc(luwork *w, int m);  // 0 or 1001
+void luwork_free(luwork *w);
+void lu_ftran_sparse(const lufactor *fac, svec *out, int nnz, const int *ind, const double *val,
+                     luwork *w);
+void lu_btran_sparse(const lufactor *fac, svec *out, int nnz, const int *ind, const double *val,
+                     luwork *w);
+void lu_btran_unit(const lufactor *fac, svec *out, int pos, luwork *w);
 // Dense BTRAN, in place: c (by position) becomes y (by row).
 void lu_btran(lufactor *fac, double *c);
 // Sparse BTRAN of nnz/ind/val (by position) into out (by row).
@@ -236,8 +250,9 @@ void lu_btran2(lufactor *fac, svec *out1, int nnz1, const int *ind1, const doubl
 // or on rejection, the stored spike and row eta are dropped.
 int lu_check_pivot(lufactor *fac, int pos, double alpha, int keep);
 // Replaces the column at basis position `pos` by variable `entering`.  Uses
-// the stored spike and row eta, computing what is missing.  0, 1001 or
-// kLuRefactor (factor not changed and no longer ready).
+// the stored spike and row eta, computing what is missing.  0, or
+// kLuRefactor: the factor no longer represents a basis (not ready) and the
+// caller refactorizes the new basis; memory shortage ends the same way.
 int lu_update(env *e, lufactor *fac, const lumatrix *mat, int pos, int entering);
 // Drops the stored spike and row eta.
 void lu_clear_pending(lufactor *fac);

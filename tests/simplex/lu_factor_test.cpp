@@ -2,6 +2,8 @@
 // residuals, singular and nearly singular bases, analysis mode.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "lu_helpers.h"
 
 using namespace velto;
@@ -313,4 +315,122 @@ TEST(LUFactor, ProbeReportsRankAndRespectsTheMask) {
   EXPECT_EQ(rowdone[0] + rowdone[1] + rowdone[2], 3);
   EXPECT_EQ(coldone[0] + coldone[1], 1);
   EXPECT_EQ(coldone[2] + coldone[4], 2);
+}
+
+// Random bases made deficient on purpose (empty columns, repeated columns,
+// combinations of other columns): without repair the status is exactly the
+// singular one, with repair the factor works and its solves are accurate.
+TEST(LUFactor, DeficientRandomBasesAreRepairedOrReported) {
+  std::mt19937 rng(31337);
+  std::uniform_int_distribution<int> dim(2, 60);
+  for (int t = 0; t < 300; t++) {
+    int m = dim(rng);
+    Model md = random_basis(rng, m, 1.5);
+    // Rebuild with k broken columns.
+    int k = 1 + t % 3;
+    Model bad;
+    bad.m = m;
+    std::uniform_int_distribution<int> col(0, m - 1);
+    std::vector<int> broken;
+    for (int q = 0; q < k; q++) broken.push_back(col(rng));
+    std::vector<int> ri;
+    std::vector<double> rv;
+    for (int j = 0; j < m; j++) {
+      std::vector<std::pair<int, double>> e;
+      bool isbroken = std::find(broken.begin(), broken.end(), j) != broken.end();
+      if (!isbroken) {
+        md.column(j, ri, rv);
+        for (size_t q = 0; q < ri.size(); q++) e.push_back({ri[q], rv[q]});
+      } else if (t % 3 == 1) {
+        int src = (j + 1) % m;  // repeat a neighbour, scaled
+        md.column(src, ri, rv);
+        for (size_t q = 0; q < ri.size(); q++) e.push_back({ri[q], -3.0 * rv[q]});
+      } else if (t % 3 == 2 && m >= 3) {
+        // Sum of two other columns.
+        std::vector<double> dense(m, 0.0);
+        for (int src : {(j + 1) % m, (j + 2) % m}) {
+          md.column(src, ri, rv);
+          for (size_t q = 0; q < ri.size(); q++) dense[ri[q]] += rv[q];
+        }
+        for (int i = 0; i < m; i++)
+          if (dense[i] != 0.0) e.push_back({i, dense[i]});
+      }  // else: an empty column
+      bad.addcol(e);
+    }
+    bad.finish();
+    std::vector<int> head = identity_head(m);
+    Fac F(m);
+    F.f->singlim = 0;
+    double u = 0.01;
+    int st = lu_refactor(nullptr, F.f, &bad.mat, head.data(), &u, 1e-11, 1, nullptr);
+    // A broken column can happen to stay independent (its neighbour was
+    // broken too); then the factor simply succeeds.
+    ASSERT_TRUE(st == kLuSingular || st == 0) << t << " status " << st;
+    if (st == kLuSingular) {
+      int ur = 0, uc = 0;
+      for (int i = 0; i < m; i++) ur += !F.f->rowdone[i], uc += !F.f->coldone[i];
+      EXPECT_EQ(ur, uc) << t;
+      EXPECT_GE(ur, 1) << t;
+      EXPECT_LE(ur, k) << t;
+    }
+    F.f->singlim = 10;
+    u = 0.01;
+    st = lu_refactor(nullptr, F.f, &bad.mat, head.data(), &u, 1e-11, 1, nullptr);
+    ASSERT_TRUE(st == kLuRepaired || st == 0) << t << " status " << st;
+    ASSERT_EQ(lu_check(F.f), 0);
+    for (int d = 0; d < F.f->ndropped; d++) EXPECT_EQ(head[F.f->droppos[d]] >= bad.n, true);
+    check_solves(bad, F.f, head, rng, 1e-10);
+    if (HasFailure()) FAIL() << "basis " << t;
+  }
+}
+
+// Solves with caller work vectors only read the factor: four threads at once
+// give the results of the factor's own serial solves.
+TEST(LUFactor, CallerWorkVectorsAllowConcurrentSolves) {
+  std::mt19937 rng(8);
+  const int m = 400;
+  Model md = random_basis(rng, m, 2.0);
+  std::vector<int> head = identity_head(m);
+  Fac F(m);
+  double u = 0.1;
+  ASSERT_EQ(lu_refactor(nullptr, F.f, &md.mat, head.data(), &u, 1e-13, 0, nullptr), 0);
+  std::vector<std::vector<double>> rows(m), cols(m);
+  {
+    SVec out(m);
+    std::vector<int> ci;
+    std::vector<double> cv;
+    for (int p = 0; p < m; p++) {
+      lu_btran_unit(F.f, &out.v, p);
+      rows[p] = out.dense();
+      md.column(p, ci, cv);
+      lu_ftran_sparse(F.f, &out.v, static_cast<int>(ci.size()), ci.data(), cv.data());
+      cols[p] = out.dense();
+    }
+  }
+  std::vector<int> bad(4, 0);
+  std::vector<std::thread> team;
+  for (int t = 0; t < 4; t++)
+    team.emplace_back([&, t] {
+      luwork w;
+      if (luwork_alloc(&w, m) != 0) {
+        bad[t] = -1;
+        return;
+      }
+      SVec out(m);
+      std::vector<int> ci;
+      std::vector<double> cv;
+      for (int rep = 0; rep < 3; rep++)
+        for (int p = t; p < m; p += 4) {
+          lu_btran_unit(F.f, &out.v, p, &w);
+          if (out.dense() != rows[p] || !svec_consistent(out.v)) bad[t]++;
+          md.column(p, ci, cv);
+          lu_ftran_sparse(F.f, &out.v, static_cast<int>(ci.size()), ci.data(), cv.data(), &w);
+          if (out.dense() != cols[p]) bad[t]++;
+          // B^-1 a_p is the unit vector at p.
+          if (std::fabs(out.v.val[p] - 1.0) > 1e-12) bad[t]++;
+        }
+      luwork_free(&w);
+    });
+  for (auto &th : team) th.join();
+  for (int t = 0; t < 4; t++) EXPECT_EQ(bad[t], 0) << "thread " << t;
 }
