@@ -85,9 +85,10 @@ struct outcome {
   std::string res, err;
 };
 
-// Solves d with the primal entry; presolve on unless preind is 0.  With
-// reduce set, VLT_PARAM_REDUCE takes that value.
-inline outcome solve(const lpdef &d, int preind = 1, int reduce = 3, int display = 1) {
+// Solves d with `opt` (the primal entry unless given); presolve on unless
+// preind is 0; VLT_PARAM_REDUCE takes the value of reduce.
+inline outcome solve(const lpdef &d, int preind = 1, int reduce = 3, int display = 1,
+                     int (*opt)(VLTENVptr, VLTLPptr) = VLTprimopt) {
   outcome o;
   vtest::Env env;
   int st = 0;
@@ -96,7 +97,7 @@ inline outcome solve(const lpdef &d, int preind = 1, int reduce = 3, int display
   VLTsetintparam(env, VLT_PARAM_PREIND, preind);
   VLTsetintparam(env, VLT_PARAM_REDUCE, reduce);
   EXPECT_EQ(d.load(env, lp), 0);
-  o.status = VLTprimopt(env, lp);
+  o.status = opt(env, lp);
   o.lpstat = VLTgetstat(env, lp);
   if (o.status == 0 && (o.lpstat == 1 || o.lpstat == 5)) {
     model m = readmodel(env, lp);
