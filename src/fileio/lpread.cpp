@@ -32,13 +32,13 @@ struct classtable {
     for (const char *p = "!\"#$%&'(),;?@_`{}~"; *p; ++p) c[static_cast<unsigned char>(*p)] |= kNameStart;
     for (const char *p = "<=>"; *p; ++p) c[static_cast<unsigned char>(*p)] |= kSense;
     for (const char *p = "0123456789.+-eE"; *p; ++p) c[static_cast<unsigned char>(*p)] |= kNumber;
-    c['e'] |= kExpLetter;
-    c['E'] |= kExpLetter;
+    c[int('e')] |= kExpLetter;
+    c[int('E')] |= kExpLetter;
     for (int i = '0'; i <= '9'; ++i) c[i] |= kDigit;
-    c['+'] |= kSign;
-    c['-'] |= kSign;
-    c[' '] |= kBlank;
-    c['\t'] |= kBlank;
+    c[int('+')] |= kSign;
+    c[int('-')] |= kSign;
+    c[int(' ')] |= kBlank;
+    c[int('\t')] |= kBlank;
     for (int ch : {0, 10, 13, 12, 92}) c[ch] |= kLineEnd;
     for (int i = 0; i < 256; ++i)
       if (c[i] & (kNameStart | kSense | kNumber)) c[i] |= kValid;
@@ -330,7 +330,7 @@ int lpreader::quadpart(const std::string &t, size_t &p) {
       if (p < t.size() && t[p] == '/') {
         ++p;
         size_t q = p;
-        while (q < t.size() && (cls(t[q]) & kNumber)) ++q;
+        while (q < t.size() && ((cls(t[q]) & kDigit) || t[q] == '.')) ++q;
         double d = 0;
         if (q == p || parsenumber(t.substr(p, q - p), &d, false) != 0 || std::fabs(d - 2.0) > 1e-10)
           return fileerror(e_, 1619, lineno_);
@@ -370,7 +370,7 @@ int lpreader::quadpart(const std::string &t, size_t &p) {
     if (p < t.size() && t[p] == '^') {
       ++p;
       size_t r = p;
-      while (r < t.size() && (cls(t[r]) & kNumber)) ++r;
+      while (r < t.size() && ((cls(t[r]) & kDigit) || t[r] == '.')) ++r;
       double ex = 0;
       if (r == p || parsenumber(t.substr(p, r - p), &ex, false) != 0)
         return fileerror(e_, 1612, lineno_);

@@ -15,34 +15,40 @@ uint64_t nametable::hash(std::string_view s) {
     h ^= c;
     h *= 1099511628211ull;
   }
+  h ^= h >> 32;
+  h *= 0x9e3779b97f4a7c15ull;
   return h ^ (h >> 29);
 }
 
+// A slot holds the index plus one in its low half and the name's hash in its
+// high half, so that most mismatches are seen without comparing texts.
 void nametable::grow() {
   size_t n = slots_.empty() ? 1024 : slots_.size() * 2;
-  std::vector<int> old;
+  std::vector<uint64_t> old;
   old.swap(slots_);
-  slots_.assign(n, -1);
-  count_ = 0;
-  for (int i : old)
-    if (i >= 0) {
-      size_t mask = slots_.size() - 1;
-      size_t k = hash(std::string_view(store_.get(i), store_.len(i))) & mask;
-      while (slots_[k] >= 0) k = (k + 1) & mask;
-      slots_[k] = i;
-      ++count_;
+  slots_.assign(n, 0);
+  size_t mask = n - 1;
+  for (uint64_t v : old)
+    if (v != 0) {
+      size_t k = (v >> 32) & mask;
+      while (slots_[k] != 0) k = (k + 1) & mask;
+      slots_[k] = v;
     }
 }
 
 int nametable::find(std::string_view name) const {
   if (slots_.empty()) return -1;
   size_t mask = slots_.size() - 1;
-  size_t k = hash(name) & mask;
+  uint64_t h = hash(name) >> 32;
+  size_t k = h & mask;
   while (true) {
-    int i = slots_[k];
-    if (i < 0) return -1;
-    if (store_.len(i) == name.size() && std::memcmp(store_.get(i), name.data(), name.size()) == 0)
-      return i;
+    uint64_t v = slots_[k];
+    if (v == 0) return -1;
+    if ((v >> 32) == h) {
+      int i = static_cast<int>((v & 0xffffffffu) - 1);
+      if (store_.len(i) == name.size() && std::memcmp(store_.get(i), name.data(), name.size()) == 0)
+        return i;
+    }
     k = (k + 1) & mask;
   }
 }
@@ -51,14 +57,18 @@ int nametable::insert(int i) {
   if (static_cast<size_t>(count_ + 1) * 2 > slots_.size()) grow();
   std::string_view name(store_.get(i), store_.len(i));
   size_t mask = slots_.size() - 1;
-  size_t k = hash(name) & mask;
-  while (slots_[k] >= 0) {
-    int j = slots_[k];
-    if (store_.len(j) == name.size() && std::memcmp(store_.get(j), name.data(), name.size()) == 0)
-      return j;
+  uint64_t h = hash(name) >> 32;
+  size_t k = h & mask;
+  while (slots_[k] != 0) {
+    uint64_t v = slots_[k];
+    if ((v >> 32) == h) {
+      int j = static_cast<int>((v & 0xffffffffu) - 1);
+      if (store_.len(j) == name.size() && std::memcmp(store_.get(j), name.data(), name.size()) == 0)
+        return j;
+    }
     k = (k + 1) & mask;
   }
-  slots_[k] = i;
+  slots_[k] = (h << 32) | static_cast<uint64_t>(i + 1);
   ++count_;
   return -1;
 }

@@ -61,7 +61,7 @@ class nametable {
   static uint64_t hash(std::string_view s);
   void grow();
   const namestore &store_;
-  std::vector<int> slots_;
+  std::vector<uint64_t> slots_;
   int count_ = 0;
 };
 

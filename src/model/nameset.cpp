@@ -111,6 +111,8 @@ int growstore(nameset *s, uint64_t want) {
   if (s->mode == 1) ncap = want + static_cast<uint64_t>(s->bytestep);
   else if (want < static_cast<uint64_t>(s->bytestep)) ncap = 2 * want;
   else ncap = want + static_cast<uint64_t>(s->bytestep);
+  // Never less than half again the old size, so long series stay linear.
+  ncap = std::max<uint64_t>(ncap, s->storecap + s->storecap / 2);
   if (ncap >= 2100000000u) ncap = kMaxStore;
   char *old = s->store;
   char *nst = static_cast<char *>(resize(old, ncap));
@@ -129,10 +131,23 @@ int grownames(nameset *s, long long want) {
   if (s->mode == 1) ncap = want + s->rowstep;
   else if (want < s->rowstep) ncap = 2 * want;
   else ncap = want + s->rowstep;
+  ncap = std::max<long long>(ncap, s->capacity + s->capacity / 2LL);
   if (ncap > kMaxNames) ncap = kMaxNames;
   if (!growarray(s->names, ncap)) return kNoMemory;
   if (s->hash && !hash_reserve(s->hash, static_cast<int>(ncap))) return kNoMemory;
   s->capacity = static_cast<int>(ncap);
+  // Keep the chains short: a set that outgrows its expected size gets the
+  // bucket count of its new capacity.
+  if (s->hash && bucketcount(ncap) > s->hash->nbuckets) {
+    int nb = bucketcount(ncap);
+    int *head = allocn<int>(nb);
+    if (head != nullptr) {
+      release(&s->hash->head);
+      s->hash->head = head;
+      s->hash->nbuckets = nb;
+      hash_rebuild(s);
+    }
+  }
   return 0;
 }
 

@@ -50,45 +50,59 @@ int dual_ratio(dualengine &e, double slope, int sgn, std::vector<int> &flips,
     cs.push_back(c);
   }
   int q = -1;
-  size_t lo = 0;
-  // Sorting once by the tolerant breakpoint lets each group be a prefix of
-  // what remains.
-  std::sort(cs.begin(), cs.end(), [](const bfrtcand &x, const bfrtcand &y) {
-    return x.tbound < y.tbound || (x.tbound == y.tbound && x.j < y.j);
-  });
-  while (lo < cs.size()) {
-    // Harris bound over the remaining candidates is the smallest tbound.
-    double hb = cs[lo].tbound;
-    size_t hi = lo;
-    double dec = 0.0;
-    // Group: every remaining candidate whose exact breakpoint is within hb.
-    // Since candidates are sorted by tbound, scan forward while t <= hb is
-    // possible; tbound >= t, so once tbound exceeds hb + the largest tol
-    // share no member can follow.  A simple full scan of the rest is used
-    // for candidates with tbound close to hb.
-    std::vector<size_t> &grp = e.group;
+  // Each round finds the Harris bound of the remaining candidates and the
+  // group of breakpoints within it; a group whose boxes the slope can pay
+  // for is passed (its members flip), otherwise it holds the entering
+  // variable.  The first rounds scan; when many rounds are needed the rest
+  // is sorted by the tolerant breakpoint so that a round only looks at the
+  // front of the list.
+  const double reach = tol / pivtol;  // most a breakpoint lies below its bound
+  size_t lo = 0, nrem = cs.size();
+  bool sorted = false;
+  int rounds = 0;
+  std::vector<size_t> &grp = e.group;
+  while (lo < nrem) {
+    if (!sorted && ++rounds > 4 && nrem - lo > 32) {
+      std::sort(cs.begin() + lo, cs.begin() + nrem, [](const bfrtcand &x, const bfrtcand &y) {
+        return x.tbound < y.tbound || (x.tbound == y.tbound && x.j < y.j);
+      });
+      sorted = true;
+    }
+    double hb = 1e300;
+    if (sorted) {
+      hb = cs[lo].tbound;
+    } else {
+      for (size_t k = lo; k < nrem; ++k) hb = std::min(hb, cs[k].tbound);
+    }
     grp.clear();
-    for (size_t k = lo; k < cs.size(); ++k) {
-      if (cs[k].t <= hb) {
+    double dec = 0.0;
+    for (size_t k = lo; k < nrem; ++k) {
+      if (sorted && cs[k].tbound > hb + reach) break;
+      if (cs[k].range >= 0.0 && cs[k].t <= hb) {
         grp.push_back(k);
         dec += std::fabs(cs[k].a) * cs[k].range;
       }
-      if (cs[k].tbound > hb + 1e3 * (hb + 1.0)) break;
     }
-    if (grp.empty()) grp.push_back(lo);
+    if (grp.empty()) {
+      for (size_t k = lo; k < nrem; ++k)
+        if (cs[k].range >= 0.0 && cs[k].tbound == hb) grp.push_back(k);
+      dec = 1e75;
+    }
     if (longstep && dec < 1e74 && slope - dec > 0.0) {
       // Pass the whole group: each member flips to its other bound.
       slope -= dec;
-      // Move group members to the front of the remaining part.
       for (size_t g : grp) {
         flips.push_back(cs[g].j);
-        cs[g].range = -1.0;  // mark passed
+        cs[g].range = -1.0;
       }
-      size_t w = lo;
-      for (size_t k = lo; k < cs.size(); ++k)
-        if (cs[k].range >= 0.0) cs[w++] = cs[k];
-      cs.resize(w);
-      (void)hi;
+      if (sorted) {
+        while (lo < nrem && cs[lo].range < 0.0) ++lo;
+      } else {
+        size_t w = lo;
+        for (size_t k = lo; k < nrem; ++k)
+          if (cs[k].range >= 0.0) cs[w++] = cs[k];
+        nrem = w;
+      }
       continue;
     }
     // Entering variable: the largest |alpha| in the group.

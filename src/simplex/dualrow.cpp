@@ -65,6 +65,33 @@ void pivot_row(const dualrowcopy &rc, const dualprob &p, const std::vector<doubl
                dvec &out) {
   out.clear();
   const int n = p.n;
+  // A dense rho is cheaper column by column over the nonbasic columns.
+  long work = 0;
+  for (int k = 0; k < rhonnz; ++k) work += rc.rowend[rhoind[k]] - rc.rowbeg[rhoind[k]];
+  if (work > static_cast<long>(p.matind.size()) / 4) {
+    for (int j = 0; j < n; ++j) {
+      if (status[j] == 1 || p.lb[j] == p.ub[j]) continue;
+      double s = 0.0;
+      for (int k = p.matbeg[j]; k < p.matbeg[j + 1]; ++k) s += rho[p.matind[k]] * p.matval[k];
+      if (std::abs(s) >= 1e-12) {
+        out.val[j] = s;
+        out.mark[j] = 1;
+        out.ind[out.nnz++] = j;
+      }
+    }
+    for (int k = 0; k < rhonnz; ++k) {
+      int i = rhoind[k];
+      int j = n + i;
+      if (status[j] == 1 || p.lb[j] == p.ub[j]) continue;
+      double s = rho[i] * p.slackval[i];
+      if (std::abs(s) >= 1e-12) {
+        out.val[j] = s;
+        out.mark[j] = 1;
+        out.ind[out.nnz++] = j;
+      }
+    }
+    return;
+  }
   for (int k = 0; k < rhonnz; ++k) {
     int i = rhoind[k];
     double r = rho[i];

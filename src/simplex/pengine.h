@@ -42,6 +42,8 @@ struct pengine {
   bool djvalid = false;            // d holds current reduced costs
   bool fresh = false;              // no update since the last factorization
   int reinv = 100;
+  double markowitz = 0.1;           // working threshold of the factor
+  std::vector<double> xbold;
   bool perturbed = false;
   int perturbcount = 0;
   int degenerate = 0;

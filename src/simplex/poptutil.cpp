@@ -45,7 +45,7 @@ int pengine::refactor() {
       }
       bclen[k] = (int)bcind.size() - bcbeg[k];
     }
-    f.threshold = opt.markowitz;
+    f.threshold = markowitz;
     int bad = f.factor(m, bcbeg, bclen, bcind.data(), bcval.data(), badpos, badrow);
     ++refactors;
     fresh = true;
@@ -217,12 +217,33 @@ void pengine::remove_perturbation() {
   refresh();
 }
 
+// Refactorizes when updates stand, recomputes the basic values and the
+// phase, then the duals.  When the updated values had drifted far from the
+// recomputed ones, the factor is made more stable: a higher threshold and
+// fewer updates between refactorizations.
 void pengine::refresh() {
+  bool refactored = false;
   if (!fresh || f.updates > 0) {
     int st = refactor();
     if (st) { res.err = st; return; }
+    refactored = true;
+  }
+  if (refactored && itcnt > 0) {
+    xbold.resize(m);
+    for (int k = 0; k < m; ++k) xbold[k] = b.x[b.head[k]];
   }
   compute_xb();
+  if (refactored && itcnt > 0) {
+    double drift = 0.0;
+    for (int k = 0; k < m; ++k) {
+      double x = b.x[b.head[k]];
+      drift = std::max(drift, std::fabs(xbold[k] - x) / (1.0 + std::fabs(x)));
+    }
+    if (drift > 1e-6) {
+      if (markowitz < 0.5) markowitz = std::min(0.5, 2.0 * markowitz);
+      if (reinv > 20) reinv = std::max(20, reinv / 2);
+    }
+  }
   set_phase_costs();
   compute_pi();
   compute_dj();

@@ -90,10 +90,11 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   e.tau.init(m);
   e.dcb.init(m);
   e.feastol = opt.feastol;
-  e.opttol = opt.opttol;
+  e.opttol = 0.1 * opt.opttol;
   e.delta = 0.5 * opt.feastol;
   e.pricing = opt.pricing;
   e.reinv = opt.reinv > 0 ? opt.reinv : 100;
+  e.markowitz = std::max(opt.markowitz, 0.1);
   e.itcnt = iter0;
   e.phase1cnt = phase1cnt0;
   e.matrixnz = (double)p.cind.size() + m;

@@ -15,7 +15,7 @@ namespace velto {
 int pengine::ratio_primal(int q, int dir, double range, int &r, double &step,
                           int &endstat) {
   (void)q;
-  const double pivtol = 1e-9;
+  const double pivtol = 1e-7;
   double tmax = kInf;
   double maxabs = 0.0;
   for (int s = 0; s < col.nnz; ++s) {

@@ -73,6 +73,7 @@ TEST(NetlibPrimal, EveryModelSolvesToThePublishedOptimum) {
     EXPECT_LE(r.check.objerr, 1e-9);
     std::printf("%-10s rows %6ld  iterations %7d  objective %.10g\n", e.name.c_str(),
                 e.integer(0), r.itcnt, r.obj);
+    std::fflush(stdout);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -140,5 +141,122 @@ inline int load(VLTENVptr env, VLTLPptr lp, Model &d) {
 
 inline double clampedlb(double v) { return v <= -1e17 ? -1e20 : v; }
 inline double clampedub(double v) { return v >= 1e17 ? 1e20 : v; }
+
+// Everything the query family returns equals what was loaded.
+// With `ordered` false the entries of a column may come in any order.
+inline void expectmodel(VLTENVptr env, VLTLPptr lp, const Model &d, Captured &errs,
+                        bool ordered = true) {
+  ASSERT_EQ(VLTgetnumcols(env, lp), d.n);
+  ASSERT_EQ(VLTgetnumrows(env, lp), d.m);
+  EXPECT_EQ(VLTgetnumnz(env, lp), d.nonzeros());
+  EXPECT_EQ(VLTgetobjsen(env, lp), d.objsen);
+  int n = d.n, m = d.m;
+  std::vector<double> a(std::max(n, m) + 1);
+  if (n > 0) {
+    ASSERT_EQ(VLTgetobj(env, lp, a.data(), 0, n - 1), 0);
+    for (int j = 0; j < n; ++j) EXPECT_EQ(a[j], d.obj[j]) << j;
+    ASSERT_EQ(VLTgetlb(env, lp, a.data(), 0, n - 1), 0);
+    for (int j = 0; j < n; ++j) EXPECT_EQ(a[j], clampedlb(d.lb[j])) << j;
+    ASSERT_EQ(VLTgetub(env, lp, a.data(), 0, n - 1), 0);
+    for (int j = 0; j < n; ++j) EXPECT_EQ(a[j], clampedub(d.ub[j])) << j;
+  }
+  if (m > 0) {
+    ASSERT_EQ(VLTgetrhs(env, lp, a.data(), 0, m - 1), 0);
+    for (int i = 0; i < m; ++i) EXPECT_EQ(a[i], d.rhs[i]) << i;
+    std::vector<char> s(m);
+    ASSERT_EQ(VLTgetsense(env, lp, s.data(), 0, m - 1), 0);
+    for (int i = 0; i < m; ++i) EXPECT_EQ(s[i], d.sense[i]) << i;
+    ASSERT_EQ(VLTgetrngval(env, lp, a.data(), 0, m - 1), 0);
+    for (int i = 0; i < m; ++i) EXPECT_EQ(a[i], d.sense[i] == 'R' && d.hasrng ? d.rng[i] : 0.0) << i;
+  }
+  // Columns: same entries in the same order, zeros dropped.
+  int nz = d.nonzeros(), got = -1, surplus = -1;
+  std::vector<int> beg(n + 1), ind(nz + 1);
+  std::vector<double> val(nz + 1);
+  if (n > 0) {
+    ASSERT_EQ(VLTgetcols(env, lp, &got, beg.data(), ind.data(), val.data(), nz + 1, &surplus, 0, n - 1), 0);
+    EXPECT_EQ(got, nz);
+    EXPECT_EQ(surplus, 1);
+    int q = 0;
+    beg[n] = got;
+    for (int j = 0; j < n && !ordered; ++j) {
+      std::vector<std::pair<int, double>> e;
+      for (int k = beg[j]; k < beg[j + 1]; ++k) e.emplace_back(ind[k], val[k]);
+      std::sort(e.begin(), e.end());
+      for (int k = beg[j]; k < beg[j + 1]; ++k) {
+        ind[k] = e[k - beg[j]].first;
+        val[k] = e[k - beg[j]].second;
+      }
+    }
+    for (int j = 0; j < n; ++j) {
+      EXPECT_EQ(beg[j], q);
+      for (int k = d.beg[j]; k < d.beg[j] + d.cnt[j]; ++k) {
+        if (d.val[k] == 0.0) continue;
+        EXPECT_EQ(ind[q], d.ind[k]);
+        EXPECT_EQ(val[q], d.val[k]);
+        ++q;
+      }
+    }
+  }
+  // Rows: an independent transposition, columns ascending in each row.
+  if (m > 0) {
+    std::vector<int> rbeg(m + 1), rind(nz + 1);
+    std::vector<double> rval(nz + 1);
+    ASSERT_EQ(VLTgetrows(env, lp, &got, rbeg.data(), rind.data(), rval.data(), nz, &surplus, 0, m - 1), 0);
+    EXPECT_EQ(got, nz);
+    EXPECT_EQ(surplus, 0);
+    rbeg[m] = got;
+    for (int i = 0; i < m; ++i) {
+      int q = rbeg[i];
+      for (int j = 0; j < n; ++j) {
+        double v = d.coef(i, j);
+        if (v == 0.0) continue;
+        ASSERT_LT(q, rbeg[i + 1]);
+        EXPECT_EQ(rind[q], j);
+        EXPECT_EQ(rval[q], v);
+        ++q;
+      }
+      EXPECT_EQ(q, rbeg[i + 1]);
+    }
+  }
+  for (int t = 0; t < 20 && n > 0 && m > 0; ++t) {
+    int i = (t * 7) % m, j = (t * 13) % n;
+    double v = -1;
+    ASSERT_EQ(VLTgetcoef(env, lp, i, j, &v), 0);
+    EXPECT_EQ(v, d.coef(i, j));
+  }
+  // Names.
+  if (!d.cnames.empty() && n > 0) {
+    int sur = 0;
+    EXPECT_EQ(VLTgetcolname(env, lp, nullptr, nullptr, 0, &sur, 0, n - 1), 1207);
+    EXPECT_EQ(errs.text, "VELTO Error  1207: Insufficient array length.\n");
+    errs.text.clear();
+    std::vector<char *> nm(n);
+    std::vector<char> store(-sur);
+    ASSERT_EQ(VLTgetcolname(env, lp, nm.data(), store.data(), -sur, &sur, 0, n - 1), 0);
+    EXPECT_EQ(sur, 0);
+    for (int j = 0; j < n; ++j) {
+      EXPECT_STREQ(nm[j], d.cnames[j].c_str());
+      int idx = -5;
+      EXPECT_EQ(VLTgetcolindex(env, lp, d.cnames[j].c_str(), &idx), 0);
+      EXPECT_EQ(idx, j);
+    }
+  }
+  if (!d.rnames.empty() && m > 0) {
+    int sur = 0;
+    EXPECT_EQ(VLTgetrowname(env, lp, nullptr, nullptr, 0, &sur, 0, m - 1), 1207);
+    errs.text.clear();
+    std::vector<char *> nm(m);
+    std::vector<char> store(-sur);
+    ASSERT_EQ(VLTgetrowname(env, lp, nm.data(), store.data(), -sur, &sur, 0, m - 1), 0);
+    for (int i = 0; i < m; ++i) {
+      EXPECT_STREQ(nm[i], d.rnames[i].c_str());
+      int idx = -5;
+      EXPECT_EQ(VLTgetrowindex(env, lp, d.rnames[i].c_str(), &idx), 0);
+      EXPECT_EQ(idx, i);
+    }
+  }
+}
+
 
 }  // namespace velto_test

@@ -1,20 +1,275 @@
 // velto: command-line driver over the public API.
+//
+// Reads a model (MPS or LP, compressed or not), optimizes it and prints the
+// library's log, the status, the objective and the iteration count.  With no
+// model argument it solves the example shipped with the sources.
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
 
 #include "velto.h"
 
-int main() {
+#ifndef VELTO_EXAMPLE_MODEL
+#define VELTO_EXAMPLE_MODEL "examples/production.mps"
+#endif
+
+namespace {
+
+// Exit codes (documented in the README).
+constexpr int kExitOptimal = 0;
+constexpr int kExitNotOptimal = 1;
+constexpr int kExitFailure = 2;
+
+const char *kUsage =
+    "usage: velto [options] [MODEL]\n"
+    "\n"
+    "Reads MODEL (MPS or LP format, optionally compressed, chosen by the file\n"
+    "name's suffix), optimizes it and prints the log, the solution status, the\n"
+    "objective value and the iteration count.  Without MODEL, solves the\n"
+    "example model shipped with Velto.\n"
+    "\n"
+    "options:\n"
+    "  --method M          optimizer: auto (default), primal, dual\n"
+    "  --time-limit SEC    stop after SEC seconds\n"
+    "  --iter-limit N      stop after N simplex iterations\n"
+    "  --presolve on|off   reduce the model before solving (default on)\n"
+    "  --param NAME=VALUE  set any parameter by name, e.g.\n"
+    "                      --param VLT_PARAM_SIMDISPLAY=2\n"
+    "  --type T            read MODEL as format T (mps, lp) whatever its name\n"
+    "  --solution FILE     write x and pi with names as a plain table\n"
+    "  --write FILE        write the model to FILE (format by suffix)\n"
+    "  --quiet             print only the summary lines\n"
+    "  --help              show this text\n"
+    "\n"
+    "exit codes: 0 optimal; 1 the run completed without an optimal solution\n"
+    "(infeasible, unbounded, a limit); 2 failure (bad option, missing or\n"
+    "damaged file, library error).\n";
+
+struct Options {
+  std::string model;
+  std::string type;
+  std::string method = "auto";
+  std::string solution;
+  std::string write;
+  std::vector<std::pair<std::string, std::string>> params;
+  bool quiet = false;
+};
+
+[[noreturn]] void fail(const std::string &text) {
+  std::fprintf(stderr, "velto: %s\n", text.c_str());
+  std::exit(kExitFailure);
+}
+
+// Parses the command line; exits on a bad option.
+Options parse(int argc, char **argv) {
+  Options o;
+  auto value = [&](int &i) -> std::string {
+    if (i + 1 >= argc) fail(std::string("option ") + argv[i] + " needs a value");
+    return argv[++i];
+  };
+  for (int i = 1; i < argc; ++i) {
+    std::string a = argv[i];
+    if (a == "--help" || a == "-h") {
+      std::fputs(kUsage, stdout);
+      std::exit(kExitOptimal);
+    } else if (a == "--method") {
+      o.method = value(i);
+      if (o.method != "auto" && o.method != "primal" && o.method != "dual")
+        fail("unknown method '" + o.method + "' (use auto, primal or dual)");
+    } else if (a == "--time-limit") {
+      o.params.emplace_back("VLT_PARAM_TILIM", value(i));
+    } else if (a == "--iter-limit") {
+      o.params.emplace_back("VLT_PARAM_ITLIM", value(i));
+    } else if (a == "--presolve") {
+      std::string v = value(i);
+      if (v != "on" && v != "off") fail("--presolve takes on or off");
+      o.params.emplace_back("VLT_PARAM_PREIND", v == "on" ? "1" : "0");
+    } else if (a == "--param") {
+      std::string v = value(i);
+      size_t eq = v.find('=');
+      if (eq == std::string::npos || eq == 0) fail("--param takes NAME=VALUE, got '" + v + "'");
+      o.params.emplace_back(v.substr(0, eq), v.substr(eq + 1));
+    } else if (a == "--type") {
+      o.type = value(i);
+    } else if (a == "--solution") {
+      o.solution = value(i);
+    } else if (a == "--write") {
+      o.write = value(i);
+    } else if (a == "--quiet") {
+      o.quiet = true;
+    } else if (!a.empty() && a[0] == '-') {
+      fail("unknown option '" + a + "' (see velto --help)");
+    } else if (o.model.empty()) {
+      o.model = a;
+    } else {
+      fail("more than one model given ('" + o.model + "' and '" + a + "')");
+    }
+  }
+  return o;
+}
+
+bool parseint(const std::string &s, int *out) {
+  errno = 0;
+  char *end = nullptr;
+  long v = std::strtol(s.c_str(), &end, 10);
+  if (errno != 0 || end == s.c_str() || *end != '\0' || v < -2147483647L - 1 || v > 2147483647L)
+    return false;
+  *out = static_cast<int>(v);
+  return true;
+}
+
+bool parsedbl(const std::string &s, double *out) {
+  errno = 0;
+  char *end = nullptr;
+  double v = std::strtod(s.c_str(), &end);
+  if (errno != 0 || end == s.c_str() || *end != '\0') return false;
+  *out = v;
+  return true;
+}
+
+std::string errorline(VLTENVptr env, int status) {
+  char buf[1024];
+  if (VLTgeterrorstring(env, status, buf) == nullptr) return "library error " + std::to_string(status);
+  std::string s = buf;
+  while (!s.empty() && (s.back() == '\n' || s.back() == '.')) s.pop_back();
+  return s;
+}
+
+// Sets one parameter by name, finding its kind from the parameter table.
+void setparam(VLTENVptr env, const std::string &name, const std::string &text) {
+  int num = -1;
+  if (VLTgetparamnum(env, name.c_str(), &num) != 0) fail("unknown parameter '" + name + "'");
+  int status;
+  if (VLTinfointparam(env, num, nullptr, nullptr, nullptr) == 0) {
+    int v;
+    if (!parseint(text, &v)) fail("parameter " + name + " takes an integer, got '" + text + "'");
+    status = VLTsetintparam(env, num, v);
+  } else if (VLTinfodblparam(env, num, nullptr, nullptr, nullptr) == 0) {
+    double v;
+    if (!parsedbl(text, &v)) fail("parameter " + name + " takes a number, got '" + text + "'");
+    status = VLTsetdblparam(env, num, v);
+  } else {
+    status = VLTsetstrparam(env, num, text.c_str());
+  }
+  if (status != 0) fail("cannot set " + name + " to " + text + ": " + errorline(env, status));
+}
+
+// Reads all names of one kind (columns or rows) into a vector.
+std::vector<std::string> names(VLTENVptr env, VLTLPptr lp, int count, bool cols) {
+  std::vector<std::string> out(count);
+  if (count == 0) return out;
+  std::vector<char *> ptr(count);
+  int surplus = 0;
+  auto get = cols ? VLTgetcolname : VLTgetrowname;
+  // Ask for the size first: a zero-size store returns the negative surplus.
+  int status = get(env, lp, nullptr, nullptr, 0, &surplus, 0, count - 1);
+  if (status != 0 && surplus >= 0) return out;
+  std::vector<char> store(static_cast<size_t>(-surplus) + 1);
+  if (get(env, lp, ptr.data(), store.data(), static_cast<int>(store.size()), &surplus, 0,
+          count - 1) != 0)
+    return out;
+  for (int i = 0; i < count; ++i) out[i] = ptr[i];
+  return out;
+}
+
+bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
+  int m = VLTgetnumrows(env, lp), n = VLTgetnumcols(env, lp);
+  std::vector<double> x(n), dj(n), pi(m), slack(m);
+  int lpstat = 0;
+  double obj = 0;
+  if (VLTsolution(env, lp, &lpstat, &obj, x.data(), pi.data(), slack.data(), dj.data()) != 0)
+    return false;
+  std::vector<std::string> cn = names(env, lp, n, true), rn = names(env, lp, m, false);
+  FILE *fp = std::fopen(file.c_str(), "w");
+  if (fp == nullptr) return false;
+  char buf[64];
+  const char *st = VLTgetstatstring(env, lpstat, buf);
+  std::fprintf(fp, "status    %s\nobjective %.12g\n\n", st ? st : "unknown", obj);
+  std::fprintf(fp, "%-16s %20s %20s\n", "column", "x", "reduced cost");
+  for (int j = 0; j < n; ++j)
+    std::fprintf(fp, "%-16s %20.12g %20.12g\n", cn[j].empty() ? ("x" + std::to_string(j + 1)).c_str() : cn[j].c_str(), x[j] + 0.0, dj[j] + 0.0);
+  std::fprintf(fp, "\n%-16s %20s %20s\n", "row", "pi", "slack");
+  for (int i = 0; i < m; ++i)
+    std::fprintf(fp, "%-16s %20.12g %20.12g\n", rn[i].empty() ? ("c" + std::to_string(i + 1)).c_str() : rn[i].c_str(), pi[i] + 0.0, slack[i] + 0.0);
+  return std::fclose(fp) == 0;
+}
+
+std::string defaultmodel() {
+  // Next to the sources when run from the checkout; else beside the binary's
+  // build tree.
+  const char *candidates[] = {VELTO_EXAMPLE_MODEL, "examples/production.mps"};
+  for (const char *c : candidates) {
+    FILE *fp = std::fopen(c, "r");
+    if (fp != nullptr) {
+      std::fclose(fp);
+      return c;
+    }
+  }
+  fail(std::string("example model not found: ") + VELTO_EXAMPLE_MODEL);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  Options o = parse(argc, argv);
+  if (o.model.empty()) o.model = defaultmodel();
+
   int status = 0;
   VLTENVptr env = VLTopenVELTO(&status);
-  if (env == nullptr) {
-    std::fprintf(stderr, "velto: could not open an environment (status %d)\n", status);
-    return 2;
-  }
+  if (env == nullptr) fail("could not open an environment: status " + std::to_string(status));
+
+  // Parameters first, with the error channel still silent: a failed probe of
+  // a parameter's kind must not print.
+  for (auto &[name, value] : o.params) setparam(env, name, value);
+
   VLTCHANNELptr res = nullptr, warn = nullptr, err = nullptr;
   VLTgetchannels(env, &res, &warn, &err, nullptr);
-  VLTaddfpdest(env, res, stdout);
   VLTaddfpdest(env, err, stderr);
-  VLTmsg(res, "Velto version %s\n", VLTversion(env));
+  if (!o.quiet) {
+    VLTaddfpdest(env, res, stdout);
+    VLTaddfpdest(env, warn, stdout);
+  }
+
+  int rc = kExitFailure;
+  VLTLPptr lp = VLTcreateprob(env, &status, "velto");
+  if (lp == nullptr) fail("could not create a problem: " + errorline(env, status));
+
+  status = VLTreadcopyprob(env, lp, o.model.c_str(), o.type.empty() ? nullptr : o.type.c_str());
+  if (status != 0) {
+    std::fprintf(stderr, "velto: cannot read '%s': %s\n", o.model.c_str(), errorline(env, status).c_str());
+  } else if (!o.write.empty() && (status = VLTwriteprob(env, lp, o.write.c_str(), nullptr)) != 0) {
+    std::fprintf(stderr, "velto: cannot write '%s': %s\n", o.write.c_str(), errorline(env, status).c_str());
+  } else {
+    if (o.method == "primal")
+      status = VLTprimopt(env, lp);
+    else if (o.method == "dual")
+      status = VLTdualopt(env, lp);
+    else
+      status = VLTlpopt(env, lp);
+    if (status != 0) {
+      std::fprintf(stderr, "velto: optimizer failed: %s\n", errorline(env, status).c_str());
+    } else {
+      int lpstat = VLTgetstat(env, lp);
+      char buf[64];
+      const char *st = VLTgetstatstring(env, lpstat, buf);
+      VLTflushstdchannels(env);
+      std::printf("Status: %s\n", st ? st : "no solution");
+      double obj = 0;
+      if (VLTgetobjval(env, lp, &obj) == 0) std::printf("Objective: %.10g\n", obj);
+      std::printf("Iterations: %d\n", VLTgetitcnt(env, lp));
+      rc = lpstat == 1 ? kExitOptimal : kExitNotOptimal;
+      if (!o.solution.empty() && !writesolution(env, lp, o.solution)) {
+        std::fprintf(stderr, "velto: cannot write the solution to '%s'\n", o.solution.c_str());
+        rc = kExitFailure;
+      }
+    }
+  }
+  VLTfreeprob(env, &lp);
   VLTcloseVELTO(&env);
-  return 0;
+  std::fflush(stdout);
+  return rc;
 }

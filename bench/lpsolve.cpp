@@ -1,0 +1,37 @@
+// Reads a model and solves it with one simplex method through the public
+// calls; prints one line: status, objective, iterations, seconds.
+//   lpsolve FILE [primal|dual]
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+
+#include "velto.h"
+
+int main(int argc, char **argv) {
+  if (argc < 2) {
+    std::fprintf(stderr, "usage: %s FILE [primal|dual]\n", argv[0]);
+    return 2;
+  }
+  bool dual = argc > 2 && std::strcmp(argv[2], "dual") == 0;
+  int status = 0;
+  VLTENVptr env = VLTopenVELTO(&status);
+  if (env == nullptr) return 1;
+  VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
+  VLTLPptr lp = VLTcreateprob(env, &status, "bench");
+  status = VLTreadcopyprob(env, lp, argv[1], nullptr);
+  if (status) {
+    std::printf("readerror %d 0 0 0\n", status);
+    return 1;
+  }
+  auto t0 = std::chrono::steady_clock::now();
+  VLTsetintparam(env, VLT_PARAM_LPMETHOD, dual ? 2 : 1);
+  status = VLTlpopt(env, lp);
+  double t = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  double obj = 0.0;
+  VLTgetobjval(env, lp, &obj);
+  std::printf("%d %.10g %d %.3f\n", status ? -status : VLTgetstat(env, lp), obj,
+              VLTgetitcnt(env, lp), t);
+  VLTfreeprob(env, &lp);
+  VLTcloseVELTO(&env);
+  return 0;
+}

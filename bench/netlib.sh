@@ -1,0 +1,47 @@
+#!/bin/bash
+# Runs our primal (or dual) simplex and CLP's primal simplex on every Netlib
+# model and prints one table with the shifted geometric means of the times.
+#   bench/netlib.sh [primal|dual] [BUILD_DIR]
+# VELTO_DATA overrides the data folder; TIMEOUT (seconds, default 600) caps
+# each run.
+set -u
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(dirname "$here")
+method=${1:-primal}
+build=${2:-$root/build}
+data=${VELTO_DATA:-$root/../shared/data}
+timeout=${TIMEOUT:-600}
+ref=$data/netlib/REFERENCE.tsv
+[ -f "$ref" ] || { echo "no $ref (set VELTO_DATA)"; exit 1; }
+command -v clp >/dev/null || { echo "clp not found (apt-get install -y coinor-clp)"; exit 1; }
+
+driver=$build/lpsolve
+if [ ! -x "$driver" ] || [ "$here/lpsolve.cpp" -nt "$driver" ] || [ "$build/libvelto.a" -nt "$driver" ]; then
+  c++ -O2 -std=c++20 -I"$root/include" "$here/lpsolve.cpp" "$build/libvelto.a" -lpthread -o "$driver" || exit 1
+fi
+
+tmp=$(mktemp -d)
+trap 'rm -rf "$tmp"' EXIT
+printf "%-10s %6s %6s | %3s %18s %8s %8s | %3s %18s %8s %8s | %6s\n" \
+  model rows cols st objective iters time clpst clp-objective clp-it clp-time ratio
+grep -v '^#' "$ref" | while IFS=$'\t' read -r name rows cols nz opt; do
+  f=$data/netlib/$name.mps.gz
+  read -r st obj it t < <(timeout "$timeout" "$driver" "$f" "$method" 2>/dev/null || echo "T 0 0 $timeout")
+  [ -z "${t:-}" ] && { st=T; obj=0; it=0; t=$timeout; }
+  gunzip -c "$f" > "$tmp/$name.mps"
+  start=$(date +%s.%N)
+  timeout "$timeout" clp "$tmp/$name.mps" -presolve off -primalsimplex > "$tmp/clp.out" 2>&1
+  end=$(date +%s.%N)
+  ct=$(echo "$end - $start" | bc -l)
+  rm -f "$tmp/$name.mps"
+  cst=$(grep -q '^Optimal' "$tmp/clp.out" && echo 1 || echo "?")
+  cobj=$(sed -n 's/^Optimal - objective value \([^ ]*\).*/\1/p' "$tmp/clp.out" | head -1)
+  cit=$(sed -n 's/.*objective value [^ ]* - \([0-9]*\) iterations.*/\1/p' "$tmp/clp.out" | head -1)
+  ratio=$(echo "$t / $ct" | bc -l)
+  printf "%-10s %6s %6s | %3s %18.10g %8s %8.3f | %3s %18s %8s %8.3f | %6.2f\n" \
+    "$name" "$rows" "$cols" "$st" "$obj" "$it" "$t" "$cst" "${cobj:--}" "${cit:--}" "$ct" "$ratio"
+  echo "$t $ct" >> "$tmp/times"
+done
+awk '{ a += log($1 + 0.01); b += log($2 + 0.01); n++ }
+     END { ga = exp(a / n) - 0.01; gb = exp(b / n) - 0.01;
+           printf "shifted geometric mean (0.01 s): velto %.4f s, clp %.4f s, ratio %.2f over %d models\n", ga, gb, ga / gb, n }' "$tmp/times"

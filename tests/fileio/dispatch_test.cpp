@@ -1,0 +1,153 @@
+// Choice of the format by type, suffix or first byte; the MPS writer's
+// layout; the problem is left as it was after a failed read.
+#include <cmath>
+
+#include "fileio/support.h"
+
+using namespace velto_test;
+
+namespace {
+const char kSmall[] =
+    "NAME small\nROWS\n N obj\n L r1\nCOLUMNS\n x obj 1 r1 2\n y obj -1 r1 1\nRHS\n rhs r1 4\nENDATA\n";
+const char kSmallLp[] = "\\ comment first\nMinimize\n obj: x - y\nst\n r1: 2 x + y <= 4\nEnd\n";
+}  // namespace
+
+TEST_F(FileTest, ReaderChosenByTypeSuffixOrFirstByte) {
+  // Type "mps" wins over the suffix.
+  std::string a = writefile("model.lp", kSmall);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, a.c_str(), "mps"), 0) << err_;
+  EXPECT_EQ(VLTgetnumcols(env_, lp_), 2);
+  // No suffix: '*' or 'N' means MPS, '\' means LP.
+  std::string b = writefile("model", std::string("* c\n") + kSmall);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, b.c_str(), nullptr), 0) << err_;
+  std::string c = writefile("other", kSmallLp);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, c.c_str(), nullptr), 0) << err_;
+  EXPECT_EQ(VLTgetnumrows(env_, lp_), 1);
+  // A blank first line is legal LP.
+  std::string d = writefile("blank", std::string("\n") + kSmallLp);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, d.c_str(), nullptr), 0) << err_;
+  // Unknown first byte, empty file, unknown type: 1424.
+  clearlogs();
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, writefile("q", "Qwerty").c_str(), nullptr), 1424);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, writefile("e", "").c_str(), nullptr), 1424);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, a.c_str(), "xyz"), 1424);
+  EXPECT_EQ(err_,
+            "VELTO Error  1424: Invalid filetype.\nVELTO Error  1424: Invalid filetype.\n"
+            "VELTO Error  1424: Invalid filetype.\n");
+  EXPECT_EQ(VLTgetnumrows(env_, lp_), 1);  // untouched by the failures
+  // Missing file and missing name.
+  clearlogs();
+  std::string missing = path("absent.mps");
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, missing.c_str(), nullptr), 1423);
+  EXPECT_EQ(err_, "VELTO Error  1423: Could not open file '" + missing + "' for reading.\n");
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, "", nullptr), 1421);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, nullptr, nullptr), 1421);
+  EXPECT_EQ(VLTreadcopyprob(nullptr, lp_, a.c_str(), nullptr), 1002);
+  EXPECT_EQ(VLTreadcopyprob(env_, nullptr, a.c_str(), nullptr), 1009);
+}
+
+TEST_F(FileTest, CompressedQpsIsReadThroughThePipe) {
+  std::string plain = path("m.qps.gz");
+  // Write compressed through the writer, under a name the dispatch maps to MPS.
+  std::string src = writefile("m.mps", kSmall);
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, src.c_str(), nullptr), 0);
+  ASSERT_EQ(VLTwriteprob(env_, lp_, plain.c_str(), "mps"), 0) << err_;
+  VLTLPptr b = VLTcreateprob(env_, nullptr, "b");
+  ASSERT_EQ(VLTreadcopyprob(env_, b, plain.c_str(), nullptr), 0) << err_;
+  EXPECT_EQ(VLTgetnumcols(env_, b), 2);
+  char name[256];
+  int surplus = 0;
+  ASSERT_EQ(VLTgetprobname(env_, b, name, sizeof name, &surplus), 0);
+  EXPECT_EQ(std::string(name), plain);  // the problem takes the file's name
+  VLTfreeprob(env_, &b);
+}
+
+TEST_F(FileTest, WriterChosenByTypeOrName) {
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, writefile("s.mps", kSmall).c_str(), nullptr), 0);
+  EXPECT_EQ(VLTwriteprob(env_, lp_, path("a.b.lp").c_str(), nullptr), 0);
+  EXPECT_EQ(slurp(path("a.b.lp")).find("\\Problem name:"), 0u);
+  EXPECT_EQ(VLTwriteprob(env_, lp_, path("a.lp.gz").c_str(), nullptr), 0);
+  std::string gz = slurp(path("a.lp.gz"));
+  ASSERT_GE(gz.size(), 2u);
+  EXPECT_EQ(static_cast<unsigned char>(gz[0]), 0x1f);
+  clearlogs();
+  EXPECT_EQ(VLTwriteprob(env_, lp_, path("a.lpxx").c_str(), nullptr), 1424);
+  EXPECT_EQ(VLTwriteprob(env_, lp_, path("noext").c_str(), nullptr), 1424);
+  EXPECT_EQ(VLTwriteprob(env_, lp_, path("a.mps").c_str(), "mpsx"), 1424);
+  EXPECT_EQ(VLTwriteprob(env_, lp_, "", nullptr), 1421);
+  EXPECT_EQ(VLTwriteprob(env_, lp_, path("x.rmp").c_str(), nullptr), 0);
+  std::string generic = slurp(path("x.rmp"));
+  EXPECT_NE(generic.find(" L  c1\n"), std::string::npos) << generic;
+  EXPECT_NE(generic.find("    x1        obj"), std::string::npos) << generic;
+  std::string bad = path("no/such/dir/a.mps");
+  clearlogs();
+  EXPECT_EQ(VLTwriteprob(env_, lp_, bad.c_str(), nullptr), 1422);
+  EXPECT_EQ(err_, "VELTO Error  1422: Could not open file '" + bad + "' for writing.\n");
+}
+
+TEST_F(FileTest, MpsWriterLayout) {
+  // Maximization, integer columns with markers, a general integer with
+  // default bounds, an empty column, a negative upper bound, a ranged row.
+  std::string src =
+      "NAME lay\nOBJSENSE\n MAX\nROWS\n N profit\n G r1\n E r2\nCOLUMNS\n"
+      " c1 profit 2 r1 1\n M 'MARKER' 'INTORG'\n i1 profit 3 r2 1\n M 'MARKER' 'INTEND'\n"
+      " empty profit 0\nRHS\n rhs r1 1\nRANGES\n rng r1 -2 r2 -1\nBOUNDS\n LI b i1 0\n MI b c1\n UP b c1 -4\n"
+      "ENDATA\n";
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, writefile("lay.mps", src).c_str(), nullptr), 0) << err_;
+  std::string out = path("out.mps");
+  ASSERT_EQ(VLTwriteprob(env_, lp_, out.c_str(), nullptr), 0);
+  std::string expect =
+      "NAME          " + path("lay.mps") +
+      "\nROWS\n N  profit\n G  r1\n L  r2\nCOLUMNS\n"
+      "    c1        profit              -2   r1                   1\n"
+      "    MARK0000  'MARKER'                 'INTORG'\n"
+      "    i1        profit              -3   r2                   1\n"
+      "    MARK0001  'MARKER'                 'INTEND'\n"
+      "    empty     profit               0\n"
+      "RHS\n"
+      "    rhs       r1                   1\n"
+      "RANGES\n"
+      "    rng       r1                   2   r2                   1\n"
+      "BOUNDS\n"
+      " MI bnd       c1\n"
+      " UP bnd       c1                  -4\n"
+      " LI bnd       i1                   0\n"
+      "ENDATA\n";
+  EXPECT_EQ(slurp(out), expect);
+  // Read back: a minimization with negated objective, same bounds and types.
+  VLTLPptr b = VLTcreateprob(env_, nullptr, "b");
+  ASSERT_EQ(VLTreadcopyprob(env_, b, out.c_str(), nullptr), 0) << err_;
+  EXPECT_EQ(b->core->objsen, 1);
+  EXPECT_EQ(b->core->obj[1], -3.0);
+  EXPECT_EQ(b->core->ctype[1], 'I');
+  EXPECT_EQ(b->core->ub[1], 1e20);
+  EXPECT_EQ(b->core->lb[0], -1e20);
+  EXPECT_EQ(b->core->ub[0], -4.0);
+  VLTfreeprob(env_, &b);
+}
+
+TEST_F(FileTest, MpsWriterLongNamesTakeOneEntryALine) {
+  std::string longname(40, 'n');
+  std::string src = "NAME l\nROWS\n N obj\n L " + longname + "\n L r2\nCOLUMNS\n x obj 1 " + longname +
+                    " 1\n x r2 1\nENDATA\n";
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, writefile("l.mps", src).c_str(), nullptr), 0) << err_;
+  std::string out = path("l2.mps");
+  ASSERT_EQ(VLTwriteprob(env_, lp_, out.c_str(), nullptr), 0);
+  std::string text = slurp(out);
+  std::string pad(40 - 1, ' ');
+  EXPECT_NE(text.find("    x" + pad + "  obj" + std::string(37, ' ') + "             1\n    x"),
+            std::string::npos)
+      << text;
+  VLTLPptr b = VLTcreateprob(env_, nullptr, "b");
+  ASSERT_EQ(VLTreadcopyprob(env_, b, out.c_str(), nullptr), 0);
+  EXPECT_EQ(VLTgetnumnz(env_, b), 2);
+  VLTfreeprob(env_, &b);
+}
+
+TEST_F(FileTest, FailedReadLeavesTheModel) {
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, writefile("good.mps", kSmall).c_str(), nullptr), 0);
+  std::string bad = std::string(kSmall).replace(std::string(kSmall).find("r1 4"), 4, "r1 x4");
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, writefile("bad.mps", bad).c_str(), nullptr), 1434);
+  EXPECT_EQ(VLTgetnumcols(env_, lp_), 2);
+  EXPECT_EQ(lp_->core->rhs[0], 4.0);
+}
