@@ -217,6 +217,7 @@ TEST(DualOpt, LogLinesAndObjectiveLimit) {
   ASSERT_EQ(VLTreadcopyprob(s.env, s.lp, f.c_str(), nullptr), 0);
   VLTaddfuncdest(s.env, res, &log, [](void *h, const char *t) { *static_cast<std::string *>(h) += t; });
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 1), 0);
+  ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_PREIND, 0), 0);  // the engine's own log only
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
   // Every line is an iteration line of one of the two phases; the last
