@@ -343,14 +343,21 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
       redp1 = r->redlp->soln->phase1cnt;
     }
   }
+  // The clean-up starts from the postsolved basis, with pricing that needs
+  // no exact norms: devex for the primal, unit initial norms for the dual.
   const int advind = pb->advind, perind = pb->perind;
+  const int ppriind = pb->ppriind, dpriind = pb->dpriind;
   if (postsolve_basis(e, p) == 0) {
     pb->advind = 1;
     pb->perind = 0;
+    if (method == 1) pb->ppriind = 1;
+    else pb->dpriind = 4;
   }
   st = kernel(e, p);
   pb->advind = advind;
   pb->perind = perind;
+  pb->ppriind = ppriind;
+  pb->dpriind = dpriind;
   if (p->soln) {
     p->soln->itcnt += redit;
     p->soln->phase1cnt += redp1;

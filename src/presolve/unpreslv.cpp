@@ -324,11 +324,11 @@ int VLTuncrushx(VLTENVptr env, VLTLPptr lp, double *x, const double *redx) {
     int s = mapframe(env, &lp, false);
     if (s) return s;
     const prerec *r = lp->presolve;
-    if (x == nullptr || (redx == nullptr && r->redlp != nullptr))
+    if ((x == nullptr && r->ncolsorig > 0) || (redx == nullptr && r->redlp != nullptr))
       return static_cast<int>(kNullPointer);
     postsoln ps;
     postsolve_replay(r, redx, nullptr, nullptr, nullptr, nullptr, false, ps);
-    std::copy(ps.x.begin(), ps.x.begin() + r->ncolsorig, x);
+    if (r->ncolsorig) std::copy(ps.x.begin(), ps.x.begin() + r->ncolsorig, x);
     return 0;
   }));
 }
@@ -355,7 +355,7 @@ int VLTuncrushpi(VLTENVptr env, VLTLPptr lp, double *pi, const double *redpi, in
     if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
     const prerec *r = lp->presolve;
     if (r->dualform == 1) return 1119;
-    if (pi == nullptr || (redpi == nullptr && r->redlp != nullptr))
+    if ((pi == nullptr && r->nrows > 0) || (redpi == nullptr && r->redlp != nullptr))
       return static_cast<int>(kNullPointer);
     std::vector<double> rpi, rdj;
     if (r->redlp) {

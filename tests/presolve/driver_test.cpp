@@ -196,3 +196,20 @@ TEST(PresolveDriver, RecordCalls) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(PresolveDriver, ModelWithoutRowsIsSolvedByPresolveAlone) {
+  lpdef d;
+  d.col(1, 0, 1);
+  d.col(-1, 0, 3);
+  d.col(0, -2, 2);
+  outcome o = solve(d);
+  ASSERT_EQ(o.lpstat, 1);
+  EXPECT_EQ(o.prestat, 2);
+  EXPECT_NEAR(o.obj, -3, 1e-12);
+  EXPECT_EQ(o.x, (std::vector<double>{0, 3, -2}));
+  EXPECT_TRUE(o.final.ok()) << describe(o.final);
+}
+
+}  // namespace
