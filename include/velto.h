@@ -420,6 +420,25 @@ VLTAPI int VLTftran(VLTENVptr env, VLTLPptr lp, double *x);
 VLTAPI int VLTbtran(VLTENVptr env, VLTLPptr lp, double *y);
 VLTAPI int VLTdualfarkas(VLTENVptr env, VLTLPptr lp, double *y, double *proof_p);
 VLTAPI int VLTgetray(VLTENVptr env, VLTLPptr lp, double *z);
+/* presolve */
+VLTAPI int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method);
+VLTAPI int VLTfreepresolve(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetredlp(VLTENVptr env, VLTLPptr lp, VLTLPptr *redlp_p);
+VLTAPI int VLTgetprestat(VLTENVptr env, VLTLPptr lp, int *prestat_p, int *pcstat, int *prstat,
+                         int *ocstat, int *orstat);
+VLTAPI int VLTcrushx(VLTENVptr env, VLTLPptr lp, const double *x, double *redx);
+VLTAPI int VLTuncrushx(VLTENVptr env, VLTLPptr lp, double *x, const double *redx);
+VLTAPI int VLTcrushpi(VLTENVptr env, VLTLPptr lp, const double *pi, double *redpi);
+VLTAPI int VLTuncrushpi(VLTENVptr env, VLTLPptr lp, double *pi, const double *redpi, int dual);
+VLTAPI int VLTcrushform(VLTENVptr env, VLTLPptr lp, int len, const int *ind, const double *val,
+                        int *plen_p, double *poffset_p, int *pind, double *pval);
+VLTAPI int VLTuncrushform(VLTENVptr env, VLTLPptr lp, int plen, const int *pind,
+                          const double *pval, int *len_p, double *offset_p, int *ind,
+                          double *val);
+VLTAPI int VLTslackfromx(VLTENVptr env, VLTLPptr lp, const double *x, double *slack);
+VLTAPI int VLTdjfrompi(VLTENVptr env, VLTLPptr lp, const double *pi, double *dj);
+VLTAPI int VLTEgetorigcolind(VLTENVptr env, VLTLPptr lp, int redcol);
+VLTAPI int VLTEgetorigrowind(VLTENVptr env, VLTLPptr lp, int redrow);
 
 #ifdef __cplusplus
 }

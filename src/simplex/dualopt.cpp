@@ -7,6 +7,7 @@
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "presolve/presolve.h"
 #include "simplex/dualstate.h"
 
 namespace velto {
@@ -357,7 +358,7 @@ extern "C" {
 
 int VLTdualopt(VLTENVptr env, VLTLPptr lp) {
   int status = guarded([&] { return queryframe(env, &lp); });
-  if (status == 0) status = guarded([&] { return dual_optimize(env, lp); });
+  if (status == 0) status = guarded([&] { return presolve_wrap(env, lp, 2, dual_optimize); });
   if (status) report(env, &status);
   return status;
 }

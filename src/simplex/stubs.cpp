@@ -4,6 +4,7 @@
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "presolve/presolve.h"
 #include "simplex/dualstate.h"
 #include "simplex/solve.h"
 
@@ -24,15 +25,16 @@ int entry(env *e, lp *p, int (*run)(env *, lp *)) {
 // Method choice: 1 is the primal simplex; the dual simplex is the default
 // and stands in for the methods not wired in yet.
 int lpopt_run(env *e, lp *p) {
-  if (e->params->lpmethod == 1) return primal_optimize(e, p);
-  return dual_optimize(e, p);
+  if (e->params->lpmethod == 1) return presolve_wrap(e, p, 1, primal_optimize);
+  return presolve_wrap(e, p, 2, dual_optimize);
 }
+int primopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }
 
 }  // namespace
 
 extern "C" {
 
-int VLTprimopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, primal_optimize); }
+int VLTprimopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, primopt_run); }
 
 int VLTlpopt(VLTENVptr env, VLTLPptr lp) { return entry(env, lp, lpopt_run); }
 

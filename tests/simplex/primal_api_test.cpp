@@ -234,6 +234,7 @@ TEST_F(PrimalApi, ResolveFromCopiedOptimalBasisTakesNoIterations) {
 
 TEST_F(PrimalApi, LogLinesAtEachDisplayLevel) {
   load(textbook());
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);  // the engine's own log, no presolve lines
   VLTsetintparam(env, VLT_PARAM_CRAIND, 0);
   VLTsetintparam(env, VLT_PARAM_PPRIIND, 4);
   VLTsetintparam(env, VLT_PARAM_SCAIND, -1);
@@ -273,6 +274,7 @@ TEST_F(PrimalApi, BoundFlipIsLoggedAsGoingToABound) {
   s.cname = {"x", "y"};
   s.rname = {"cap"};
   load(s);
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);  // presolve would solve it outright
   VLTsetintparam(env, VLT_PARAM_CRAIND, 0);
   VLTsetintparam(env, VLT_PARAM_PPRIIND, 4);
   VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 2);

@@ -1,0 +1,422 @@
+// Presolve driver: order of passes, limits, summary lines, the build of the
+// reduced problem, and the optimizer wrapper around presolve and postsolve.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+#include "env/files.h"
+#include "env/par.h"
+#include "model/store.h"
+#include "presolve/presolve.h"
+
+namespace velto {
+
+namespace {
+
+int poll(env *e) {
+  const parblock *pb = e->params;
+  if (pb->abortword && *pb->abortword) return 1106;
+  return 0;
+}
+
+char *dupname(const char *s, char *&store) {
+  size_t n = std::strlen(s) + 1;
+  std::memcpy(store, s, n);
+  char *at = store;
+  store += n;
+  return at;
+}
+
+// Copies names of the kept rows or columns into a fresh store.
+int build_names(const std::vector<const char *> &src, char ***names, char **store,
+                uint32_t *space) {
+  size_t bytes = 1;
+  for (const char *s : src) bytes += std::strlen(s) + 1;
+  *names = allocn<char *>(src.size());
+  *store = allocn<char>(bytes);
+  if (*names == nullptr || *store == nullptr) return kNoMemory;
+  char *at = *store;
+  for (size_t k = 0; k < src.size(); ++k) (*names)[k] = dupname(src[k], at);
+  *space = static_cast<uint32_t>(bytes);
+  return 0;
+}
+
+int build_reduced(env *e, prerec *r, lp *p) {
+  const int m = r->nrows, n = r->ncols;
+  int nr = 0, nc = 0, nz = 0;
+  for (int i = 0; i < m; ++i) {
+    if (r->rowcnt[i] >= 0) r->rowmap[i] = nr++;
+    else if (r->rowmap[i] >= 0) r->rowmap[i] = -1;
+  }
+  for (int j = 0; j < n; ++j) {
+    if (r->colcnt[j] >= 0) {
+      r->colmap[j] = nc++;
+      for (int k = r->cbeg[j]; k < r->cbeg[j] + r->clen[j]; ++k) nz += rowlive(r, r->cind[k]);
+    }
+  }
+  lpload d;
+  std::memset(&d, 0, sizeof d);
+  const lpcore *c = p->core;
+  d.probname = allocn<char>(std::strlen(c->probname ? c->probname : "") + 1);
+  if (d.probname) std::strcpy(d.probname, c->probname ? c->probname : "");
+  d.numcols = nc;
+  d.numrows = nr;
+  d.objsen = c->objsen;
+  d.obj = allocn<double>(nc);
+  d.lb = allocn<double>(nc);
+  d.ub = allocn<double>(nc);
+  d.matbeg = allocn<int>(nc);
+  d.matcnt = allocn<int>(nc);
+  d.matind = allocn<int>(nz);
+  d.matval = allocn<double>(nz);
+  d.rhs = allocn<double>(nr);
+  d.sense = allocn<char>(nr);
+  d.objoffset = r->objoffset;
+  if (!d.probname || !d.obj || !d.lb || !d.ub || !d.matbeg || !d.matcnt || !d.matind ||
+      !d.matval || !d.rhs || !d.sense) {
+    lpload_free(&d);
+    return kNoMemory;
+  }
+  int pos = 0;
+  for (int j = 0; j < n; ++j) {
+    int q = r->colmap[j];
+    if (q < 0 || r->colcnt[j] < 0) continue;
+    d.obj[q] = r->obj[j];
+    d.lb[q] = r->lb[j];
+    d.ub[q] = r->ub[j];
+    d.matbeg[q] = pos;
+    for (int k = r->cbeg[j]; k < r->cbeg[j] + r->clen[j]; ++k) {
+      int i = r->cind[k];
+      if (!rowlive(r, i)) continue;
+      d.matind[pos] = r->rowmap[i];
+      d.matval[pos++] = r->cval[k];
+    }
+    d.matcnt[q] = pos - d.matbeg[q];
+  }
+  for (int i = 0; i < m; ++i) {
+    int q = r->rowmap[i];
+    if (q < 0 || r->rowcnt[i] < 0) continue;
+    d.rhs[q] = r->rhs[i];
+    d.sense[q] = r->sense[i];
+  }
+  int status = 0;
+  if (c->colname || c->rowname) {
+    try {
+      std::vector<const char *> cn, rn;
+      std::vector<std::string> rangenames;
+      rangenames.reserve(n - r->ncolsorig);
+      for (int j = 0; j < n; ++j) {
+        if (r->colcnt[j] < 0) continue;
+        if (j < r->ncolsorig) {
+          cn.push_back(colnameof(e, c->colname, c->numcols, j));
+        } else {
+          rangenames.push_back(std::string("Rg") + pre_colname(r, p, j));
+          cn.push_back(rangenames.back().c_str());
+        }
+      }
+      for (int i = 0; i < m; ++i)
+        if (r->rowcnt[i] >= 0) rn.push_back(rownameof(e, c->rowname, c->numrows, i));
+      status = build_names(cn, &d.colname, &d.colnamestore, &d.colnamespace);
+      if (status == 0) status = build_names(rn, &d.rowname, &d.rownamestore, &d.rownamespace);
+    } catch (const std::bad_alloc &) {
+      status = kNoMemory;
+    }
+    if (status) {
+      lpload_free(&d);
+      return status;
+    }
+  }
+  lp *red = newlpobject(e, &status, &d);
+  if (red == nullptr) return status ? status : kNoMemory;
+  r->redlp = red;
+  return 0;
+}
+
+// The passes in their fixed order.
+int run_passes(env *e, prerec *r, lp *p) {
+  const bool primal = (r->reduce & 1) != 0;
+  const bool dual = r->reduce > 1;
+  int agglimit = r->aggind < 0 ? 1 : r->aggind;
+  if (!r->preind) agglimit = 0;
+  int passlimit = r->prepass < 0 ? kBigInt : r->prepass;
+  if (!r->preind) passlimit = 1;
+  if (r->dualform != -1 && passlimit == 0) passlimit = 1;
+  int st = 0;
+#define STEP(call)          \
+  do {                      \
+    st = (call);            \
+    if (st) return st;      \
+  } while (0)
+  activity_all(r);
+  STEP(pre_cleanup_columns(e, r, p));
+  if (primal) STEP(pre_empty_rows(e, r, p));
+  if (dual && !r->preind) STEP(pre_duplicate_columns(e, r, p));
+  int tries = 0, pass = 0;
+  for (;;) {
+    const int subst0 = r->subst, rows0 = r->rowsgone, cols0 = r->colsgone;
+    if (pass < passlimit) {
+      int k = 0;
+      bool dualchanged = false;
+      for (;;) {
+        STEP(poll(e));
+        const int r1 = r->rowsgone, c1 = r->colsgone;
+        if (dual) STEP(pre_duplicate_columns(e, r, p));
+        if (primal) STEP(pre_duplicate_rows(e, r, p));
+        const bool changed = r->rowsgone != r1 || r->colsgone != c1;
+        bool many = false;
+        if (k > 0 && !changed && !dualchanged) {
+          dualchanged = false;
+        } else {
+          int sweeps = 0;
+          while (sweeps < 10) {
+            STEP(poll(e));
+            const int before = r->rowsgone + r->colsgone;
+            activity_all(r);
+            if (primal && dual) STEP(pre_slack_columns(e, r, p));
+            if (primal) STEP(pre_singleton_rows(e, r, p));
+            if (dual) STEP(pre_dominated_columns(e, r, p));
+            if (primal) {
+              STEP(pre_free_singletons(e, r, p));
+              STEP(pre_forcing_rows(e, r, p));
+              STEP(pre_empty_rows(e, r, p));
+            }
+            ++sweeps;
+            if (r->rowsgone + r->colsgone == before) break;
+          }
+          many = sweeps > 1;
+          if (k == 0 || many || changed) {
+            const int before = r->rowsgone + r->colsgone;
+            activity_all(r);
+            if (primal) STEP(pre_implied_redundancy(e, r, p));
+            if (dual) STEP(pre_dual_bounds(e, r, p));
+            dualchanged = r->rowsgone + r->colsgone != before;
+          } else {
+            dualchanged = false;
+          }
+        }
+        ++k;
+        ++pass;
+        if (pass >= passlimit || (!dualchanged && !many)) break;
+      }
+    }
+    STEP(poll(e));
+    if (primal && tries < agglimit) {
+      if (tries > 0 && r->rowsgone == rows0 && r->colsgone == cols0) break;
+      const int s0 = r->subst;
+      STEP(pre_aggregate(e, r, p));
+      if (r->subst > s0) {
+        STEP(pre_cleanup_columns(e, r, p));
+        STEP(pre_empty_rows(e, r, p));
+      }
+      ++tries;
+    }
+    if (r->subst <= subst0) break;
+  }
+  r->tries = tries;
+  r->passes = pass;
+  if (r->preind && r->simdisplay && r->predisp) {
+    if (tries == 1) msg(e->reschannel, "Tried aggregator 1 time.\n");
+    else msg(e->reschannel, "Tried aggregator %d times.\n", tries);
+  }
+  // Rows the last pass left empty.
+  if (primal) STEP(pre_empty_rows(e, r, p));
+  STEP(poll(e));
+#undef STEP
+  return 0;
+}
+
+}  // namespace
+
+int presolve_run(env *e, lp *p, int method) {
+  presolve_register();
+  presolve_free(e, p);
+  prerec *r = nullptr;
+  int st = presolve_load(e, p, method, &r);
+  if (st) return st;
+  p->presolve = r;
+  try {
+    st = run_passes(e, r, p);
+  } catch (const std::bad_alloc &) {
+    st = kNoMemory;
+  }
+  if (st) {
+    const bool primal = (r->reduce & 1) != 0, dual = r->reduce > 1;
+    presolve_free(e, p);
+    if (st == 1101) {
+      if (primal && dual) return 1101;
+      if (dual) return 1118;
+      return 1117;
+    }
+    return st;
+  }
+  activity_all(r);
+  const bool changed = r->rowsgone > 0 || r->colsgone > 0 || r->coefchanged > 0 || r->subst > 0;
+  const bool show = r->simdisplay != 0;
+  if (!changed) {
+    if (show && (r->preind || r->aggind))
+      msg(e->reschannel, "No LP presolve or aggregator reductions.\n");
+    presolve_free(e, p);
+    return 0;
+  }
+  if (show) {
+    if (r->preind && (r->rowsgone || r->colsgone))
+      msg(e->reschannel, "LP Presolve eliminated %d rows and %d columns.\n", r->rowsgone,
+          r->colsgone);
+    if (!r->preind && (r->rowsgone || r->colsgone))
+      msg(e->reschannel, "Reduced presolve eliminated %d rows and %d columns.\n", r->rowsgone,
+          r->colsgone);
+    if (r->aggind && r->subst)
+      msg(e->reschannel, "Aggregator did %d substitutions.\n", r->subst);
+  }
+  if (r->rowsgone >= r->nrows && r->colsgone >= r->ncols) {
+    if (show) msg(e->reschannel, "All rows and columns eliminated.\n");
+    for (int i = 0; i < r->nrows; ++i)
+      if (r->rowmap[i] >= 0) r->rowmap[i] = -1;
+    return 0;
+  }
+  st = build_reduced(e, r, p);
+  if (st) {
+    presolve_free(e, p);
+    return st;
+  }
+  if (show) {
+    const lpcore *rc = r->redlp->core;
+    msg(e->reschannel, "Reduced LP has %d rows, %d columns, and %d nonzeros.\n", rc->numrows,
+        rc->numcols, numnz(r->redlp));
+  }
+  // The row-wise copy is no longer needed.
+  std::vector<int>().swap(r->rind);
+  std::vector<double>().swap(r->rval);
+  return 0;
+}
+
+namespace {
+
+bool usable_start(const lp *p, int method) {
+  if (basisexists(p)) return true;
+  const start *s = p->start;
+  if (s == nullptr) return false;
+  if (method == 1) return s->xstart != nullptr && s->slackstart != nullptr;
+  if (method == 2) return s->djstart != nullptr && s->pistart != nullptr;
+  return false;
+}
+
+}  // namespace
+
+int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
+  presolve_register();
+  parblock *pb = e->params;
+  presolve_free(e, p);
+  if (!pb->preind || (pb->advind && usable_start(p, method))) return kernel(e, p);
+  if (p->probtype != kTypeLP) return kernel(e, p);
+  const double t0 = now(e);
+  int st = presolve_run(e, p, method);
+  if (pb->simdisplay) msg(e->reschannel, "Presolve time = %7.2f sec.\n", now(e) - t0);
+  if (st == kNoMemory) {
+    msg(e->warnchannel, "Insufficient memory for presolve.\n");
+    return kernel(e, p);
+  }
+  if (st == 1101 || st == 1117 || st == 1118) {
+    // The verdict does not always tell infeasible from unbounded and carries
+    // no certificate: the optimizer settles it on the user's model.
+    return kernel(e, p);
+  }
+  if (st == 1106) {
+    soln_free(&p->soln);
+    p->lpstat = 13;
+    return 0;
+  }
+  if (st) return st;
+  prerec *r = p->presolve;
+  if (r == nullptr) return kernel(e, p);
+  int redit = 0, redp1 = 0;
+  if (r->redlp) {
+    st = kernel(e, r->redlp);
+    if (st == kNoMemory) st = 0;
+    if (st) {
+      presolve_free(e, p);
+      return st;
+    }
+    if (r->redlp->soln) {
+      redit = r->redlp->soln->itcnt;
+      redp1 = r->redlp->soln->phase1cnt;
+    }
+  }
+  // The clean-up starts from the postsolved basis, with pricing that needs
+  // no exact norms: devex for the primal, unit initial norms for the dual.
+  const int advind = pb->advind, perind = pb->perind;
+  const int ppriind = pb->ppriind, dpriind = pb->dpriind;
+  if (postsolve_basis(e, p) == 0) {
+    pb->advind = 1;
+    pb->perind = 0;
+    if (method == 1) pb->ppriind = 1;
+    else pb->dpriind = 4;
+  }
+  st = kernel(e, p);
+  pb->advind = advind;
+  pb->perind = perind;
+  pb->ppriind = ppriind;
+  pb->dpriind = dpriind;
+  if (p->soln) {
+    p->soln->itcnt += redit;
+    p->soln->phase1cnt += redp1;
+  }
+  return st;
+}
+
+}  // namespace velto
+
+using namespace velto;
+
+namespace {
+
+int finish(env *e, int status) {
+  if (status) report(e, &status);
+  return status;
+}
+
+template <class F>
+int guard(F &&f) {
+  try {
+    return f();
+  } catch (const std::bad_alloc &) {
+    return kNoMemory;
+  }
+}
+
+}  // namespace
+
+extern "C" {
+
+int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method) {
+  return finish(env, guard([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
+    if (lp->probtype != kTypeLP) return 1018;
+    return presolve_run(env, lp, method);
+  }));
+}
+
+int VLTfreepresolve(VLTENVptr env, VLTLPptr lp) {
+  return finish(env, guard([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    if (lp->presolve) lp->presolve->keep = 0;
+    presolve_free(env, lp);
+    return 0;
+  }));
+}
+
+int VLTgetredlp(VLTENVptr env, VLTLPptr lp, VLTLPptr *redlp_p) {
+  return finish(env, guard([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    if (redlp_p == nullptr) return static_cast<int>(kNullPointer);
+    *redlp_p = lp->presolve ? lp->presolve->redlp : nullptr;
+    return 0;
+  }));
+}
+
+}  // extern "C"

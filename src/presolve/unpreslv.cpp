@@ -1,0 +1,597 @@
+// Postsolve: the replay of the undo log, and the mapping of vectors, bases and
+// linear forms between the user's problem and the reduced one.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "env/par.h"
+#include "model/store.h"
+#include "presolve/presolve.h"
+
+namespace velto {
+
+void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
+                      const double *reddj, const int *rcstat, const int *rrstat, bool basis,
+                      postsoln &out) {
+  const int m = r->nrows, n = r->ncols;
+  const double sgn = r->objsen, epopt = r->opttol;
+  std::vector<double> &x = out.x, &pi = out.pi, &dj = out.dj;
+  std::vector<int> &cs = out.cstat, &rs = out.rstat;
+  x.assign(n, 0.0);
+  dj.assign(n, 0.0);
+  pi.assign(m, 0.0);
+  cs.assign(n, -1);
+  rs.assign(m, 1);
+  for (int j = 0; j < n; ++j) {
+    int q = r->colmap[j];
+    if (q < 0 || r->redlp == nullptr) continue;
+    if (redx) x[j] = redx[q];
+    if (reddj) dj[j] = reddj[q];
+    if (rcstat) cs[j] = rcstat[q];
+  }
+  for (int i = 0; i < m; ++i) {
+    int q = r->rowmap[i];
+    if (q < 0 || r->redlp == nullptr) continue;
+    if (redpi) pi[i] = redpi[q];
+    if (rrstat) rs[i] = rrstat[q];
+  }
+  for (size_t t = r->log.size(); t-- > 0;) {
+    const undorec &u = r->log[t];
+    const int *ind = rec_ind(r, u);
+    const double *val = rec_val(r, u);
+    const int len = u.len;
+    auto reduced_cost = [&]() {
+      double d = sgn * u.cost;
+      for (int k = 0; k < len; ++k) d -= pi[ind[k]] * val[k];
+      return d;
+    };
+    switch (u.op) {
+      case kOpFixed:
+      case kOpAtLower:
+      case kOpAtUpper:
+      case kOpFreeEmpty: {
+        const int j = u.index;
+        x[j] = u.op == kOpAtUpper ? u.up : u.op == kOpFreeEmpty ? 0.0 : u.low;
+        dj[j] = reduced_cost();
+        if (u.op == kOpFixed) cs[j] = dj[j] >= -epopt ? 0 : 2;
+        else cs[j] = u.op == kOpAtLower ? 0 : u.op == kOpAtUpper ? 2 : 3;
+        break;
+      }
+      case kOpRowLower:
+      case kOpRowUpper:
+      case kOpRowBoth: {
+        const int i = u.index, j = ind[0];
+        const double a = val[0], d = dj[j];
+        if (u.op == kOpRowBoth) {
+          x[j] = u.cost / a;
+          pi[i] = d / a;
+          dj[j] = 0.0;
+          cs[j] = 1;
+          rs[i] = 0;
+          break;
+        }
+        const bool lower = u.op == kOpRowLower;
+        if (basis) {
+          const int atbound = lower ? 0 : 2;
+          if (cs[j] == atbound) {
+            cs[j] = 1;
+            rs[i] = 0;
+            pi[i] = d / a;
+            dj[j] = 0.0;
+          } else if (cs[j] >= 0 && cs[j] <= 2) {
+            rs[i] = 1;
+          }
+        } else if (lower ? d > 0 : d < 0) {
+          pi[i] = d / a;
+          dj[j] = 0.0;
+        } else if (d == 0.0) {
+          pi[i] = 0.0;
+        }
+        break;
+      }
+      case kOpForceMin:
+      case kOpForceMax: {
+        const int i = u.index;
+        const bool atmin = u.op == kOpForceMin;
+        int win = -1;
+        double best = 0.0;
+        for (int k = 0; k < len; ++k) {
+          const int c = ind[k];
+          const double a = val[k];
+          if (a == 0.0) continue;
+          // At the minimum a positive entry sits at its lower bound.
+          const bool lowerside = atmin == (a > 0);
+          if (basis) cs[c] = lowerside ? 0 : 2;
+          const bool cand = lowerside ? dj[c] < 0 : dj[c] > 0;
+          if (!cand) continue;
+          const double q = dj[c] / a;
+          if (win < 0 || (atmin ? q < best : q > best)) {
+            win = k;
+            best = q;
+          }
+        }
+        if (win >= 0) {
+          rs[i] = 0;
+          cs[ind[win]] = 1;
+          pi[i] = best;
+          for (int k = 0; k < len; ++k) dj[ind[k]] -= best * val[k];
+          dj[ind[win]] = 0.0;
+        } else {
+          rs[i] = 1;
+        }
+        break;
+      }
+      case kOpFreeSingleton:
+      case kOpSlackLower:
+      case kOpSlackUpper: {
+        const int j = ind[0], i = ind[1];
+        const double a = val[0], c = val[1], b = val[2];
+        double s = b;
+        for (int k = 3; k < len; ++k) s -= val[k] * x[ind[k]];
+        x[j] = s / a;
+        if (u.op == kOpFreeSingleton) {
+          cs[j] = 1;
+          rs[i] = 0;
+          pi[i] = c / a;
+          dj[j] = 0.0;
+        } else {
+          dj[j] = c - pi[i] * a;
+          if (cs[j] < 0) cs[j] = u.op == kOpSlackLower ? rs[i] : 2 - rs[i];
+          rs[i] = 0;
+        }
+        break;
+      }
+      default:
+        break;
+    }
+  }
+}
+
+namespace {
+
+// The reduced problem's solution in the minimization sign, with its basis.
+int reduced_solution(env *e, const prerec *r, std::vector<double> &x, std::vector<double> &pi,
+                     std::vector<double> &dj, std::vector<int> &cst, std::vector<int> &rst,
+                     bool needbasis) {
+  lp *red = r->redlp;
+  const int n = red->core->numcols, m = red->core->numrows;
+  x.assign(n, 0.0);
+  dj.assign(n, 0.0);
+  pi.assign(m, 0.0);
+  cst.assign(n, 0);
+  rst.assign(m, 1);
+  if (solnexists(red)) {
+    int st = VLTsolution(e, red, nullptr, nullptr, x.data(), pi.data(), nullptr, dj.data());
+    if (st) return st;
+    for (double &v : pi) v *= r->objsen;
+    for (double &v : dj) v *= r->objsen;
+  }
+  if (needbasis) {
+    if (!basisexists(red) || VLTgetbase(e, red, cst.data(), rst.data())) {
+      msg(e->errchannel, "%s", errtext(e, 1115));
+      return -1115;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+int postsolve_basis(env *e, lp *p) {
+  prerec *r = p->presolve;
+  if (r == nullptr) return 1103;
+  const lpcore *c = p->core;
+  const int n = c->numcols, m = c->numrows;
+  try {
+    std::vector<double> x, pi, dj;
+    std::vector<int> cst, rst;
+    postsoln ps;
+    if (r->redlp) {
+      int st = reduced_solution(e, r, x, pi, dj, cst, rst, true);
+      if (st) return st;
+      postsolve_replay(r, x.data(), pi.data(), dj.data(), cst.data(), rst.data(), true, ps);
+    } else {
+      postsolve_replay(r, nullptr, nullptr, nullptr, nullptr, nullptr, true, ps);
+    }
+    std::vector<int> cstat(n), rstat(m);
+    for (int j = 0; j < n; ++j) {
+      int s = ps.cstat[j];
+      if (s < 0 || s > 3)
+        s = r->origlb[j] > -kInfBound ? 0 : r->origub[j] < kInfBound ? 2 : 3;
+      cstat[j] = s;
+    }
+    for (int i = 0; i < m; ++i) rstat[i] = ps.rstat[i] == 1 ? 1 : 0;
+    for (int j = n; j < r->ncols; ++j) {
+      int i = r->cind[r->cbeg[j]];
+      int s = ps.cstat[j];
+      if (s < 0 || s > 2) s = 0;
+      if (rstat[i] != 1) rstat[i] = s;
+    }
+    soln_free(&p->soln);
+    int st = VLTcopybase(e, p, cstat.data(), rstat.data());
+    if (st) {
+      msg(e->errchannel, "%s", errtext(e, 1114));
+      return -1114;
+    }
+  } catch (const std::bad_alloc &) {
+    msg(e->errchannel, "%s", errtext(e, 1107));
+    return kNoMemory;
+  }
+  return 0;
+}
+
+}  // namespace velto
+
+using namespace velto;
+
+namespace {
+
+int finish(env *e, int status) {
+  if (status) report(e, &status);
+  return status;
+}
+
+template <class F>
+int guard(F &&f) {
+  try {
+    return f();
+  } catch (const std::bad_alloc &) {
+    return kNoMemory;
+  }
+}
+
+// Frame of the mapping calls: handles, cache, record.
+int mapframe(env *e, lp **pp, bool needred) {
+  int s = queryframe(e, pp);
+  if (s) return s;
+  const prerec *r = (*pp)->presolve;
+  if (r == nullptr || (needred && r->redlp == nullptr)) return 1103;
+  return 0;
+}
+
+// Values of the range columns from a point of the user's columns.
+void range_values(const prerec *r, const double *x, std::vector<double> &full) {
+  const int n = r->ncolsorig;
+  full.assign(r->ncols, 0.0);
+  std::copy(x, x + n, full.begin());
+  for (int j = n; j < r->ncols; ++j) {
+    int i = r->cind[r->cbeg[j]];
+    double act = 0.0;
+    for (int q = 0; q < n; ++q)
+      for (int k = r->cbeg[q]; k < r->cbeg[q] + r->clen[q]; ++k)
+        if (r->cind[k] == i) act += r->cval[k] * x[q];
+    full[j] = act - r->origrhs[i];
+  }
+}
+
+// The definitions of removed columns as linear forms: value = constant +
+// sum coef * column.  Records oldest first.
+struct coldef {
+  int col;
+  double constant;
+  std::vector<std::pair<int, double>> terms;
+};
+
+void column_definitions(const prerec *r, std::vector<coldef> &defs) {
+  for (const undorec &u : r->log) {
+    const int *ind = rec_ind(r, u);
+    const double *val = rec_val(r, u);
+    switch (u.op) {
+      case kOpFixed:
+      case kOpAtLower:
+      case kOpAtUpper:
+      case kOpFreeEmpty: {
+        double v = u.op == kOpAtUpper ? u.up : u.op == kOpFreeEmpty ? 0.0 : u.low;
+        defs.push_back({u.index, v, {}});
+        break;
+      }
+      case kOpFreeSingleton:
+      case kOpSlackLower:
+      case kOpSlackUpper: {
+        coldef d{ind[0], val[2] / val[0], {}};
+        for (int k = 3; k < u.len; ++k) d.terms.emplace_back(ind[k], -val[k] / val[0]);
+        defs.push_back(std::move(d));
+        break;
+      }
+      default:
+        break;
+    }
+  }
+}
+
+}  // namespace
+
+extern "C" {
+
+int VLTcrushx(VLTENVptr env, VLTLPptr lp, const double *x, double *redx) {
+  return finish(env, guard([&] {
+    int s = mapframe(env, &lp, true);
+    if (s) return s;
+    if (x == nullptr || redx == nullptr) return static_cast<int>(kNullPointer);
+    const prerec *r = lp->presolve;
+    std::vector<double> full;
+    range_values(r, x, full);
+    for (int j = 0; j < r->ncols; ++j)
+      if (r->colmap[j] >= 0) redx[r->colmap[j]] = full[j];
+    return 0;
+  }));
+}
+
+int VLTuncrushx(VLTENVptr env, VLTLPptr lp, double *x, const double *redx) {
+  return finish(env, guard([&] {
+    int s = mapframe(env, &lp, false);
+    if (s) return s;
+    const prerec *r = lp->presolve;
+    if ((x == nullptr && r->ncolsorig > 0) || (redx == nullptr && r->redlp != nullptr))
+      return static_cast<int>(kNullPointer);
+    postsoln ps;
+    postsolve_replay(r, redx, nullptr, nullptr, nullptr, nullptr, false, ps);
+    if (r->ncolsorig) std::copy(ps.x.begin(), ps.x.begin() + r->ncolsorig, x);
+    return 0;
+  }));
+}
+
+int VLTcrushpi(VLTENVptr env, VLTLPptr lp, const double *pi, double *redpi) {
+  return finish(env, guard([&] {
+    int s = mapframe(env, &lp, true);
+    if (s) return s;
+    if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
+    if (pi == nullptr || redpi == nullptr) return static_cast<int>(kNullPointer);
+    const prerec *r = lp->presolve;
+    if (r->dualform == 1) return 1119;
+    for (int i = 0; i < r->nrows; ++i)
+      if (r->rowmap[i] >= 0) redpi[r->rowmap[i]] = pi[i];
+    return 0;
+  }));
+}
+
+int VLTuncrushpi(VLTENVptr env, VLTLPptr lp, double *pi, const double *redpi, int dual) {
+  (void)dual;
+  return finish(env, guard([&] {
+    int s = mapframe(env, &lp, false);
+    if (s) return s;
+    if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
+    const prerec *r = lp->presolve;
+    if (r->dualform == 1) return 1119;
+    if ((pi == nullptr && r->nrows > 0) || (redpi == nullptr && r->redlp != nullptr))
+      return static_cast<int>(kNullPointer);
+    std::vector<double> rpi, rdj;
+    if (r->redlp) {
+      const lpcore *rc = r->redlp->core;
+      const int rm = rc->numrows, rn = rc->numcols;
+      rpi.assign(redpi, redpi + rm);
+      rdj.resize(rn);
+      s = VLTdjfrompi(env, r->redlp, redpi, rdj.data());
+      if (s) return -s;
+      for (double &v : rpi) v *= r->objsen;
+      for (double &v : rdj) v *= r->objsen;
+    }
+    postsoln ps;
+    postsolve_replay(r, nullptr, r->redlp ? rpi.data() : nullptr, r->redlp ? rdj.data() : nullptr,
+                     nullptr, nullptr, false, ps);
+    for (int i = 0; i < r->nrows; ++i) pi[i] = r->objsen * ps.pi[i];
+    return 0;
+  }));
+}
+
+int VLTslackfromx(VLTENVptr env, VLTLPptr lp, const double *x, double *slack) {
+  return finish(env, guard([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    if (x == nullptr || slack == nullptr) return static_cast<int>(kNullPointer);
+    const lpcore *c = lp->core;
+    const int n = c->numcols, m = c->numrows;
+    std::vector<double> rhs(m), rng(m, 0.0);
+    if (m) {
+      getrhs_u(lp, rhs.data(), 0, m - 1);
+      if (c->rngval) getrng_u(lp, rng.data(), 0, m - 1);
+    }
+    for (int i = 0; i < m; ++i) slack[i] = rhs[i];
+    for (int j = 0; j < n; ++j)
+      for (int k = c->matbeg[j]; k < c->matbeg[j] + c->matcnt[j]; ++k)
+        slack[c->matind[k]] -= matval_u(lp, k, j) * x[j];
+    // A ranged row reports its activity relative to the right-hand side.
+    for (int i = 0; i < m; ++i)
+      if (c->sense[i] == 'R') slack[i] = -slack[i];
+    return 0;
+  }));
+}
+
+int VLTdjfrompi(VLTENVptr env, VLTLPptr lp, const double *pi, double *dj) {
+  return finish(env, guard([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    if (pi == nullptr || dj == nullptr) return static_cast<int>(kNullPointer);
+    const lpcore *c = lp->core;
+    const int n = c->numcols;
+    if (n) getobj_u(lp, dj, 0, n - 1);
+    for (int j = 0; j < n; ++j)
+      for (int k = c->matbeg[j]; k < c->matbeg[j] + c->matcnt[j]; ++k)
+        dj[j] -= matval_u(lp, k, j) * pi[c->matind[k]];
+    return 0;
+  }));
+}
+
+int VLTgetprestat(VLTENVptr env, VLTLPptr lp, int *prestat_p, int *pcstat, int *prstat,
+                  int *ocstat, int *orstat) {
+  return finish(env, guard([&] {
+    int s = queryframe(env, &lp);
+    if (s) return s;
+    if (!prestat_p && !pcstat && !prstat && !ocstat && !orstat)
+      return static_cast<int>(kNullPointer);
+    const prerec *r = lp->presolve;
+    if (prestat_p) *prestat_p = r == nullptr ? 0 : r->redlp ? 1 : 2;
+    if (r == nullptr) return 0;
+    if (r->dualform == 1) return 1119;
+    if (pcstat)
+      for (int j = 0; j < r->ncolsorig; ++j) pcstat[j] = r->colmap[j];
+    if (prstat)
+      for (int i = 0; i < r->nrows; ++i) {
+        int q = r->rowmap[i];
+        // A row that became an inequality through a slack column reads as
+        // taken over.
+        if (q >= 0 && r->redlp && r->origsense[i] == 'E' && r->sense[i] != 'E') q = -3;
+        prstat[i] = q;
+      }
+    if (r->redlp) {
+      if (ocstat) {
+        std::fill(ocstat, ocstat + r->redlp->core->numcols, -1);
+        for (int j = 0; j < r->ncolsorig; ++j)
+          if (r->colmap[j] >= 0) ocstat[r->colmap[j]] = j;
+      }
+      if (orstat) {
+        std::fill(orstat, orstat + r->redlp->core->numrows, -1);
+        for (int i = 0; i < r->nrows; ++i)
+          if (r->rowmap[i] >= 0) orstat[r->rowmap[i]] = i;
+      }
+    }
+    return 0;
+  }));
+}
+
+int VLTEgetorigcolind(VLTENVptr env, VLTLPptr lp, int redcol) {
+  if (!checkenv(env) || !checklp(lp)) return redcol;
+  const prerec *r = lp->presolve;
+  if (r == nullptr || r->redlp == nullptr) return redcol;
+  for (int j = 0; j < r->ncols; ++j)
+    if (r->colmap[j] == redcol) return j >= r->ncolsorig ? r->ncolsorig - j - 1 : j;
+  return -1;
+}
+
+int VLTEgetorigrowind(VLTENVptr env, VLTLPptr lp, int redrow) {
+  if (!checkenv(env) || !checklp(lp)) return -1;
+  const prerec *r = lp->presolve;
+  if (r == nullptr) return redrow;
+  for (int i = 0; i < r->nrows; ++i)
+    if (r->rowmap[i] == redrow) return i;
+  return -1;
+}
+
+int VLTcrushform(VLTENVptr env, VLTLPptr lp, int len, const int *ind, const double *val,
+                 int *plen_p, double *poffset_p, int *pind, double *pval) {
+  return finish(env, guard([&] {
+    int s = mapframe(env, &lp, false);
+    if (s) return s;
+    if (plen_p == nullptr || poffset_p == nullptr || (len > 0 && (!ind || !val)))
+      return static_cast<int>(kNullPointer);
+    if (len < 0) return 1003;
+    const prerec *r = lp->presolve;
+    for (int k = 0; k < len; ++k)
+      if (ind[k] < 0 || ind[k] >= r->ncolsorig) {
+        msg(env->errchannel, errtext(env, 1201), ind[k]);
+        return -1201;
+      }
+    *plen_p = 0;
+    *poffset_p = 0.0;
+    if (len == 0) return 0;
+    std::vector<double> work(r->ncols, 0.0);
+    std::vector<char> touched(r->ncols, 0);
+    std::vector<int> list;
+    auto add = [&](int j, double v) {
+      if (!touched[j]) {
+        touched[j] = 1;
+        list.push_back(j);
+      }
+      work[j] += v;
+      // A cancelled coefficient keeps its place in the list.
+      if (std::fabs(work[j]) < 1e-13) work[j] = 1e-13;
+    };
+    bool expand = false;
+    for (int k = 0; k < len; ++k) {
+      if (std::fabs(val[k]) < 1e-13) continue;
+      if (r->colmap[ind[k]] == kMapNonlinear) return 1121;
+      add(ind[k], val[k]);
+      expand |= r->colmap[ind[k]] < 0;
+    }
+    double offset = 0.0;
+    if (expand) {
+      std::vector<coldef> defs;
+      column_definitions(r, defs);
+      // A definition refers only to columns removed later, so one pass
+      // oldest first replaces every removed column.
+      for (const coldef &d : defs) {
+        const int j = d.col;
+        if (!touched[j] || work[j] == 0.0) continue;
+        const double w = work[j];
+        work[j] = 0.0;
+        offset += w * d.constant;
+        for (const auto &t : d.terms) add(t.first, w * t.second);
+      }
+    }
+    int cnt = 0;
+    for (int j : list) {
+      if (work[j] == 0.0) continue;
+      if (r->colmap[j] >= 0) {
+        pind[cnt] = r->colmap[j];
+        pval[cnt++] = work[j];
+      }
+    }
+    *plen_p = cnt;
+    *poffset_p = offset;
+    return 0;
+  }));
+}
+
+int VLTuncrushform(VLTENVptr env, VLTLPptr lp, int plen, const int *pind, const double *pval,
+                   int *len_p, double *offset_p, int *ind, double *val) {
+  return finish(env, guard([&] {
+    int s = mapframe(env, &lp, false);
+    if (s) return s;
+    if (len_p == nullptr || offset_p == nullptr || (plen > 0 && (!pind || !pval)))
+      return static_cast<int>(kNullPointer);
+    if (plen < 0) return 1003;
+    const prerec *r = lp->presolve;
+    *len_p = 0;
+    *offset_p = 0.0;
+    if (plen == 0) {
+      msg(env->warnchannel, "Warning: form length is zero.\n");
+      return 0;
+    }
+    const int rn = r->redlp ? r->redlp->core->numcols : 0;
+    std::vector<int> orig(rn, -1);
+    for (int j = 0; j < r->ncols; ++j)
+      if (r->colmap[j] >= 0) orig[r->colmap[j]] = j;
+    std::vector<double> work(r->ncolsorig, 0.0);
+    std::vector<int> list;
+    std::vector<char> touched(r->ncolsorig, 0);
+    double offset = 0.0;
+    auto add = [&](int j, double v) {
+      if (!touched[j]) {
+        touched[j] = 1;
+        list.push_back(j);
+      }
+      work[j] += v;
+    };
+    for (int k = 0; k < plen; ++k) {
+      if (pind[k] < 0 || pind[k] >= rn) {
+        msg(env->errchannel, errtext(env, 1201), pind[k]);
+        return -1201;
+      }
+      int j = orig[pind[k]];
+      if (j < 0) return 1120;
+      if (j < r->ncolsorig) {
+        add(j, pval[k]);
+        continue;
+      }
+      // A range column is the row's activity less its right-hand side.
+      int i = r->cind[r->cbeg[j]];
+      offset -= pval[k] * r->origrhs[i];
+      for (int q = 0; q < r->ncolsorig; ++q)
+        for (int t = r->cbeg[q]; t < r->cbeg[q] + r->clen[q]; ++t)
+          if (r->cind[t] == i) add(q, pval[k] * r->cval[t]);
+    }
+    int cnt = 0;
+    for (int j : list) {
+      ind[cnt] = j;
+      val[cnt++] = work[j];
+    }
+    if (cnt == 0) msg(env->warnchannel, "Warning: form length is zero.\n");
+    *len_p = cnt;
+    *offset_p = offset;
+    return 0;
+  }));
+}
+
+}  // extern "C"

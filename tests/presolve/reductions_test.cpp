@@ -1,0 +1,156 @@
+// Each reduction on a model where it fires, judged by the solution on the
+// user's model: the known optimum, the optimality check of the optimizer's
+// answer and of the reduced optimum carried back, and a postsolved basis
+// that needs no further iteration.
+#include <gtest/gtest.h>
+
+#include "presolve/lpbuild.h"
+
+using namespace presolve_test;
+
+namespace {
+
+TEST(PresolveReductions, FixedColumnsIncludingAHairlineBox) {
+  lpdef d;
+  int x1 = d.col(1, 2, 2), x2 = d.col(1, 0, INF), x3 = d.col(0, 1, 1 + 5e-11);
+  d.row({{x1, 1}, {x2, 1}}, 'G', 3);
+  d.row({{x2, 1}, {x3, 1}}, 'G', 2);
+  expect_reduced_optimum(d, 3.0);
+}
+
+TEST(PresolveReductions, EmptyColumnsGoToTheBoundTheirCostPrefers) {
+  lpdef d;
+  int x1 = d.col(1, 0, 10);
+  d.col(-1, 0, 4);     // to its upper bound
+  d.col(0, -INF, INF); // free at zero
+  d.col(1, -1, 3);     // to its lower bound
+  int x5 = d.col(2, 0, 5);
+  d.row({{x1, 1}, {x5, 1}}, 'G', 1);
+  expect_reduced_optimum(d, 1 - 4 + 0 - 1);
+  outcome o = solve(d);
+  EXPECT_EQ(o.cstat[1], 2);
+  EXPECT_EQ(o.cstat[2], 3) << "an empty free column is reported free";
+  EXPECT_EQ(o.cstat[3], 0);
+}
+
+TEST(PresolveReductions, SingletonRowsBecomeBounds) {
+  lpdef d;
+  d.objsen = -1;
+  int x1 = d.col(2, 0, INF), x2 = d.col(1, 0, INF), x3 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x2, 1}}, 'L', 8);
+  d.row({{x1, 1}}, 'L', 5);     // lowers the upper bound, active
+  d.row({{x2, -1}}, 'G', -6);   // lowers the upper bound, inactive
+  d.row({{x2, 1}}, 'G', 1);     // raises the lower bound, inactive
+  d.row({{x3, 2}}, 'E', 4);     // fixes x3
+  expect_reduced_optimum(d, 2 * 5 + 3 + 2);
+}
+
+TEST(PresolveReductions, SingletonRowThatTightensNothingStays) {
+  lpdef d;
+  int x1 = d.col(1, 0, 2), x2 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x2, 1}}, 'G', 1.5);
+  d.row({{x1, 1}}, 'L', 7);  // looser than the bound: removed as redundant
+  expect_reduced_optimum(d, 1.5);
+}
+
+TEST(PresolveReductions, ForcingRowAtItsMinimumRemovesEverything) {
+  lpdef d;
+  int x1 = d.col(-1, 0, INF), x2 = d.col(-1, 0, INF), x3 = d.col(-1, 0, 10);
+  d.row({{x1, 1}, {x2, 1}}, 'L', 0);
+  d.row({{x1, 1}, {x3, 1}}, 'L', 4);
+  expect_reduced_optimum(d, -4);
+  outcome o = solve(d);
+  EXPECT_EQ(o.prestat, 2);
+  EXPECT_NE(o.res.find("All rows and columns eliminated.\n"), std::string::npos) << o.res;
+  // A basis on the user's model: one basic per row.
+  int basic = 0;
+  for (int s : o.cstat) basic += s == 1;
+  for (int s : o.rstat) basic += s == 1;
+  EXPECT_EQ(basic, 2);
+}
+
+TEST(PresolveReductions, ForcingRowAtItsMaximum) {
+  lpdef d;
+  d.objsen = -1;
+  int x4 = d.col(1, 0, 2), x5 = d.col(1, 0, 4), x6 = d.col(1, 0, INF);
+  d.row({{x4, 1}, {x5, 1}}, 'G', 6);
+  d.row({{x5, 1}, {x6, 1}}, 'L', 7);
+  expect_reduced_optimum(d, 9);
+}
+
+TEST(PresolveReductions, ForcingRowWhoseColumnsHaveDualsOfTheRightSignStaysBasic) {
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x2 = d.col(2, 0, INF), x3 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x2, 1}}, 'L', 0);
+  d.row({{x1, 1}, {x3, 1}}, 'G', -3);
+  outcome o = solve(d);
+  ASSERT_EQ(o.lpstat, 1);
+  EXPECT_NEAR(o.obj, 0, 1e-12);
+  EXPECT_TRUE(o.final.ok()) << describe(o.final);
+  EXPECT_EQ(o.rstat[0], 1);
+  EXPECT_EQ(o.pi[0], 0.0);
+}
+
+TEST(PresolveReductions, FreeColumnSingletonInAnEquation) {
+  lpdef d;
+  int x1 = d.col(0.5, 0, INF), x2 = d.col(2, 0, INF), x3 = d.col(1, -INF, INF);
+  d.row({{x1, 1}, {x2, 1}, {x3, 1}}, 'E', 10);
+  d.row({{x1, 1}, {x2, -1}}, 'L', 4);
+  expect_reduced_optimum(d, 8);
+}
+
+TEST(PresolveReductions, FreeColumnSingletonInAnInequalityNeedsDualReductions) {
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF), x3 = d.col(-1, -INF, INF);
+  d.row({{x1, 1}, {x2, 1}, {x3, 1}}, 'L', 10);
+  d.row({{x1, 1}, {x2, 1}}, 'G', 2);
+  expect_reduced_optimum(d, -6);
+  // Primal reductions alone keep the row.
+  outcome o = solve(d, 1, 1);
+  ASSERT_EQ(o.lpstat, 1);
+  EXPECT_NEAR(o.obj, -6, 1e-9);
+}
+
+TEST(PresolveReductions, LargeRightHandSideBlocksTheInequalitySubstitution) {
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x3 = d.col(-1, -INF, INF), x4 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x3, 1}}, 'L', 1e10);
+  d.row({{x1, 1}, {x4, 1}}, 'G', 2);
+  outcome o = solve(d);
+  ASSERT_EQ(o.lpstat, 1);
+  EXPECT_EQ(o.prestat, 0) << o.res;
+  EXPECT_NEAR(o.obj, -1e10 + 2, 1e-3);
+}
+
+TEST(PresolveReductions, SlackColumnsTurnEquationsIntoInequalities) {
+  lpdef d;
+  d.objsen = -1;
+  int x1 = d.col(1, 0, 3), x2 = d.col(2, 0, 3), s = d.col(0, 0, INF);
+  d.row({{x1, 1}, {x2, 1}, {s, 1}}, 'E', 4);
+  int y1 = d.col(1, 0, 5), y2 = d.col(1, 0, 5), t = d.col(0, -INF, 2);
+  d.row({{y1, 1}, {y2, 1}, {t, -1}}, 'E', 1);
+  expect_reduced_optimum(d, 7 + 3);
+}
+
+TEST(PresolveReductions, RowMadeRedundantByImpliedBounds) {
+  lpdef d;
+  d.objsen = -1;
+  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF), x3 = d.col(1, 0, INF), x4 = d.col(0, 0, INF);
+  d.row({{x1, 1}, {x3, 1}}, 'L', 2);
+  d.row({{x2, 1}, {x4, 1}}, 'L', 3);
+  d.row({{x1, 1}, {x2, 1}}, 'L', 10);
+  expect_reduced_optimum(d, 5);
+  EXPECT_EQ(solve(d).redrows, 2);
+}
+
+TEST(PresolveReductions, RangedRowsAndEmptyRows) {
+  lpdef d;
+  int x1 = d.col(-1, 0, INF), x2 = d.col(-2, 0, INF);
+  d.row({{x1, 1}, {x2, 1}}, 'R', 1, 2);
+  d.row({{x2, 1}}, 'R', 0.5, 1.5);
+  d.row({}, 'L', 1);
+  d.row({{x1, 1}, {x2, 3}}, 'R', 10, -20);
+  expect_reduced_optimum(d, -5);
+}
+
+}  // namespace
