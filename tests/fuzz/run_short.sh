@@ -13,13 +13,12 @@ if ! command -v clang++ > /dev/null 2>&1 || ! command -v clang > /dev/null 2>&1;
   exit 0
 fi
 
-CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DVELTO_FUZZ=ON \
-  > "$build.cmake.log" 2>&1 || { cat "$build.cmake.log"; echo "configure failed"; exit 1; }
-cmake --build "$build" --target fuzz_mps fuzz_lp -j2 > "$build.build.log" 2>&1 ||
-  { tail -40 "$build.build.log"; echo "build failed"; exit 1; }
-
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DVELTO_FUZZ=ON \
+  > "$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; echo "configure failed"; exit 1; }
+cmake --build "$build" --target fuzz_mps fuzz_lp -j2 > "$work/build.log" 2>&1 ||
+  { tail -40 "$work/build.log"; echo "build failed"; exit 1; }
 fail=0
 for t in mps lp; do
   mkdir -p "$work/$t"
