@@ -1,5 +1,5 @@
 #!/bin/bash
-# Runs our primal (or dual) simplex and CLP's primal simplex on every Netlib
+# Runs our primal (or dual) simplex and CLP's simplex of the same kind on every Netlib
 # model and prints one table with the shifted geometric means of the times.
 #   bench/netlib.sh [primal|dual] [BUILD_DIR]
 # VELTO_DATA overrides the data folder; TIMEOUT (seconds, default 600) caps
@@ -35,7 +35,7 @@ grep -v '^#' "$ref" | while IFS=$'\t' read -r name rows cols nz opt; do
   t=$(echo "$t1 - $t0" | bc -l)
   gunzip -c "$f" > "$tmp/$name.mps"
   start=$(date +%s.%N)
-  timeout "$timeout" clp "$tmp/$name.mps" -presolve off -primalsimplex > "$tmp/clp.out" 2>&1
+  timeout "$timeout" clp "$tmp/$name.mps" -presolve off -"$method"simplex > "$tmp/clp.out" 2>&1
   end=$(date +%s.%N)
   ct=$(echo "$end - $start" | bc -l)
   rm -f "$tmp/$name.mps"

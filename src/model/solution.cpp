@@ -75,16 +75,22 @@ bool isqp(const lp *p) {
   return p->probtype == kTypeQP || p->probtype == kTypeZeroedQP || p->probtype == kTypeMIQP ||
          p->probtype == kTypeFixedMIQP;
 }
+// A record written for other counts (the model grew since) is not read.
+bool fits(const lp *p) {
+  const soln *s = p->soln;
+  const lpcore *c = p->core;
+  return s->rows == c->numrows && s->cols == c->totcols && s->allcols == c->allcols;
+}
 bool solnbasis(const lp *p) {
   const soln *s = p->soln;
-  return s && s->hasbasis && s->cstat && s->head && s->method != 4;
+  return s && s->hasbasis && s->cstat && s->head && s->method != 4 && fits(p);
 }
 bool startbasis(const lp *p) { return p->start && p->start->colstat && p->start->rowstat; }
 }  // namespace
 
 bool solnexists(const lp *p) {
   const soln *s = p->soln;
-  if (s == nullptr || s->lpstat == 0) return false;
+  if (s == nullptr || s->lpstat == 0 || !fits(p)) return false;
   int m = s->method;
   if (m == 4) return true;
   if (isqp(p)) return m == 1 || m == 2;

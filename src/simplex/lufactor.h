@@ -13,8 +13,10 @@
 //      2002  factor ready, but the basis was repaired: `head` was rewritten
 //            (unpivoted columns replaced by the slack of an unpivoted row, or
 //            by its artificial when the row has no slack); the variables that
-//            left are listed in fac->dropped (fac->ndropped of them) and must
-//            be made nonbasic by the caller; recompute x, pi, d;
+//            left are listed in fac->dropped with their former positions in
+//            fac->droppos (fac->ndropped of them; an artificial that leaves
+//            is simply gone and not listed) and must be made nonbasic by the
+//            caller; recompute x, pi, d;
 //      1256  singular and not repaired (repair limit reached); the marks
 //            fac->rowdone (by row) and fac->coldone (by position) tell which
 //            rows and positions pivoted;

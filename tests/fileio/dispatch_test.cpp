@@ -151,3 +151,52 @@ TEST_F(FileTest, FailedReadLeavesTheModel) {
   EXPECT_EQ(VLTgetnumcols(env_, lp_), 2);
   EXPECT_EQ(lp_->core->rhs[0], 4.0);
 }
+
+TEST_F(FileTest, EmptyMarkerPairGivesALinearProgram) {
+  std::string src =
+      "NAME m\nROWS\n N obj\n G r1\nCOLUMNS\n M1 'MARKER' 'INTORG'\n M2 'MARKER' 'INTEND'\n"
+      " x obj 1 r1 1\nRHS\n rhs r1 -5\nRANGES\n rng r1 -5\nENDATA\n";
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, writefile("m.mps", src).c_str(), nullptr), 0) << err_;
+  EXPECT_EQ(VLTgetprobtype(env_, lp_), 0);
+  EXPECT_EQ(lp_->core->ctype, nullptr);
+  EXPECT_EQ(lp_->core->sense[0], 'R');
+  EXPECT_EQ(lp_->core->rngval[0], 5.0);  // a G row's range is |R|
+}
+
+TEST_F(FileTest, SetsAndQuadraticTermsAreRefusedAtLoad) {
+  std::string sos =
+      "NAME s\nROWS\n N obj\n L r1\nCOLUMNS\n S1 SOS 'MARKER' 'SOSORG'\n x obj 1 r1 1\n y r1 1\n"
+      " S1 SOS 'MARKER' 'SOSEND'\nRHS\nENDATA\n";
+  std::string f = writefile("s.mps", sos);
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, f.c_str(), nullptr), 1017);
+  EXPECT_EQ(err_, "File '" + f + "' holds special ordered sets, which cannot be loaded.\n"
+                  "VELTO Error  1017: Not available for mixed-integer programs.\n");
+  velto::filemodel m;
+  ASSERT_EQ(readmps(sos, m), 0);
+  ASSERT_EQ(m.sostype.size(), 1u);
+  EXPECT_EQ(m.sosind.size(), 2u);
+  EXPECT_EQ(m.soswt[1], 2.0);  // weights by position without a reference row
+  std::string q =
+      "NAME q\nROWS\n N obj\n L r1\nCOLUMNS\n x obj 1 r1 1\n y r1 1\nRHS\nQUADOBJ\n x x 2\n x y 1\n"
+      " x nope 3\nENDATA\n";
+  clearlogs();
+  velto::filemodel mq;
+  ASSERT_EQ(readmps(q, mq), 0);
+  EXPECT_EQ(mq.qval.size(), 3u);  // the off-diagonal entry is mirrored
+  EXPECT_NE(warn_.find("Warning, line 12:  'nope' is not a variable.\n"), std::string::npos) << warn_;
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, writefile("q.mps", q).c_str(), nullptr), 1018);
+  EXPECT_EQ(VLTgetnumcols(env_, lp_), 0);
+}
+
+TEST_F(FileTest, LongLpLines) {
+  // A long row with signs reads; a long run without any sign is refused.
+  std::string row = " c1:";
+  for (int j = 0; j < 120; ++j) row += " + x" + std::to_string(j);
+  velto::filemodel m;
+  ASSERT_EQ(readlp("Min\n obj: x0\nst\n" + row + " >= 1\nEnd\n", m), 0) << err_;
+  EXPECT_EQ(m.numcols, 120);
+  std::string noname = " c1: " + std::string(600, 'z') + " >= 1";
+  clearlogs();
+  EXPECT_EQ(readlp("Min\n obj: x0\nst\n" + noname + "\nEnd\n", m), 1464);
+  EXPECT_EQ(err_, "VELTO Error  1464: Line 4: Identifier/name too long to process.\n");
+}

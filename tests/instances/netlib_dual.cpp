@@ -99,6 +99,8 @@ TEST(NetlibDual, EveryModelReachesThePublishedOptimum) {
     if (r.name == "forplan") continue;
     SCOPED_TRACE(r.name);
     session s;
+    // The method itself, on the model as given.
+    ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_PREIND, 0), 0);
     ASSERT_EQ(VLTreadcopyprob(s.env, s.lp, (dir + "/" + r.name + ".mps.gz").c_str(), nullptr), 0);
     ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
     ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
@@ -133,6 +135,8 @@ TEST(NetlibDual, InfeasibleModelsGiveAValidFarkasProof) {
   for (const refrow &r : ref) {
     SCOPED_TRACE(r.name);
     session s;
+    // The proof of the method itself, on the model as given.
+    ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_PREIND, 0), 0);
     ASSERT_EQ(VLTreadcopyprob(s.env, s.lp, (dir + "/" + r.name + ".mps.gz").c_str(), nullptr), 0);
     ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
     ASSERT_EQ(VLTgetstat(s.env, s.lp), 3);

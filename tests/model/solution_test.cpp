@@ -194,7 +194,16 @@ TEST_F(SolutionTest, ChangesKeepOrDropTheSolution) {
   EXPECT_EQ(VLTgetx(env, lp, x, 0, 2), 1217);
   EXPECT_EQ(VLTgetstat(env, lp), 0);
   takeErrors();
+  // A new column keeps the record for a warm start, but it no longer
+  // describes the model.
+  inject(true);
+  ASSERT_EQ(VLTnewcols(env, lp, 1, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+  EXPECT_NE(lp->soln, nullptr);
+  EXPECT_EQ(VLTgetx(env, lp, x, 0, 2), 1217);
+  takeErrors();
   // And so does a new load.
+  ASSERT_EQ(VLTcopylp(env, lp, 3, 4, -1, m.obj, m.rhs, m.sense, m.beg, m.cnt, m.ind, m.val, m.lb,
+                      m.ub, m.rng), 0);
   inject(true);
   ASSERT_EQ(VLTcopylp(env, lp, 3, 4, -1, m.obj, m.rhs, m.sense, m.beg, m.cnt, m.ind, m.val, m.lb,
                       m.ub, m.rng), 0);

@@ -104,7 +104,9 @@ inline verdict primal_check(const model &d, const std::vector<double> &x) {
   return v;
 }
 
-// Full check of x, pi (and slack, dj when given) in the user's signs.
+// Full check of x, pi (and slack, dj when given) in the user's signs.  A
+// complementarity product is taken relative to the size of the dual, so a
+// large dual asks for a small primal gap and a large gap for a small dual.
 inline verdict kkt_check(const model &d, const std::vector<double> &x,
                          const std::vector<double> &pi, const std::vector<double> *slack = nullptr,
                          const std::vector<double> *dj = nullptr) {
@@ -132,10 +134,10 @@ inline verdict kkt_check(const model &d, const std::vector<double> &x,
     // A negative dual needs the upper side active, a positive one the lower.
     if (p < 0) {
       note(v.dinf, hi >= 1e30 ? -p : 0.0, "row " + std::to_string(i) + " dual sign");
-      if (hi < 1e30) note(v.comp, -p * (hi - ax[i]) / s, "row " + std::to_string(i) + " complementarity");
+      if (hi < 1e30) note(v.comp, -p / (1 - p) * (hi - ax[i]) / s, "row " + std::to_string(i) + " complementarity");
     } else if (p > 0) {
       note(v.dinf, lo <= -1e30 ? p : 0.0, "row " + std::to_string(i) + " dual sign");
-      if (lo > -1e30) note(v.comp, p * (ax[i] - lo) / s, "row " + std::to_string(i) + " complementarity");
+      if (lo > -1e30) note(v.comp, p / (1 + p) * (ax[i] - lo) / s, "row " + std::to_string(i) + " complementarity");
     }
     if (slack) {
       double want = d.sense[i] == 'R' ? ax[i] - d.rhs[i] : d.rhs[i] - ax[i];
@@ -151,10 +153,10 @@ inline verdict kkt_check(const model &d, const std::vector<double> &x,
     // Reduced cost times the distance to the bound it pushes against.
     if (rm > 0) {
       if (d.lb[j] <= -1e20) note(v.dinf, rm / s, "column " + std::to_string(j) + " dual sign");
-      else note(v.comp, rm * (x[j] - d.lb[j]) / s / (1 + std::fabs(x[j])), "column " + std::to_string(j) + " complementarity");
+      else note(v.comp, rm / (1 + rm) * (x[j] - d.lb[j]) / (1 + std::fabs(x[j])), "column " + std::to_string(j) + " complementarity");
     } else if (rm < 0) {
       if (d.ub[j] >= 1e20) note(v.dinf, -rm / s, "column " + std::to_string(j) + " dual sign");
-      else note(v.comp, -rm * (d.ub[j] - x[j]) / s / (1 + std::fabs(x[j])), "column " + std::to_string(j) + " complementarity");
+      else note(v.comp, -rm / (1 - rm) * (d.ub[j] - x[j]) / (1 + std::fabs(x[j])), "column " + std::to_string(j) + " complementarity");
     }
   }
   return v;

@@ -246,3 +246,42 @@ TEST(DualOpt, LogLinesAndObjectiveLimit) {
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   EXPECT_EQ(VLTgetstat(s.env, s.lp), 1);
 }
+
+TEST(DualOpt, EveryPricingRuleSolvesSmallModels) {
+  std::string dir = datadir() + "/netlib/";
+  if (!std::ifstream(dir + "REFERENCE.tsv")) GTEST_SKIP() << "public models not found under " << dir;
+  for (int dpri : {0, 1, 2, 3, 4}) {
+    for (const char *name : {"afiro", "sc105", "share2b", "scagr7", "boeing2"}) {
+      SCOPED_TRACE(testing::Message() << name << " pricing " << dpri);
+      session s;
+      ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_DPRIIND, dpri), 0);
+      ASSERT_EQ(VLTreadcopyprob(s.env, s.lp, (dir + name + ".mps.gz").c_str(), nullptr), 0);
+      ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+      ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
+      model md = api_model(s.env, s.lp);
+      apisol sol;
+      ASSERT_EQ(api_solution(s.env, s.lp, md, sol), 0);
+      double pv, dv;
+      api_violations(s.env, s.lp, md, sol, &pv, &dv);
+      EXPECT_LE(pv, 1e-6);
+      EXPECT_LE(dv, 1e-6);
+    }
+  }
+}
+
+TEST(DualOpt, LpoptRunsTheDualByDefault) {
+  session s;
+  load_textbook(s);
+  ASSERT_EQ(VLTlpopt(s.env, s.lp), 0);
+  EXPECT_EQ(VLTgetstat(s.env, s.lp), 1);
+  EXPECT_EQ(VLTgetmethod(s.env, s.lp), 2);
+  double obj = 0;
+  ASSERT_EQ(VLTgetobjval(s.env, s.lp, &obj), 0);
+  EXPECT_NEAR(obj, 36.0, 1e-9);
+  // Parameters that a run may touch read back as the user left them.
+  int adv = -1, per = -1;
+  VLTgetintparam(s.env, VLT_PARAM_ADVIND, &adv);
+  VLTgetintparam(s.env, VLT_PARAM_PERIND, &per);
+  EXPECT_EQ(adv, 1);
+  EXPECT_EQ(per, 0);
+}

@@ -434,3 +434,51 @@ TEST(LUFactor, CallerWorkVectorsAllowConcurrentSolves) {
   for (auto &th : team) th.join();
   for (int t = 0; t < 4; t++) EXPECT_EQ(bad[t], 0) << "thread " << t;
 }
+
+namespace {
+void collect(void *handle, const char *text) { static_cast<std::string *>(handle)->append(text); }
+}  // namespace
+
+// The repair and threshold lines reach the results channel, exactly and only
+// with the display on; a repair during iterations (itcnt > 0) that moves the
+// threshold by more than 0.01 reports the new value.
+TEST(LUFactor, RepairAndThresholdLinesOnTheResultsChannel) {
+  int st = 0;
+  VLTENVptr env = VLTopenVELTO(&st);
+  ASSERT_NE(env, nullptr);
+  VLTCHANNELptr res = nullptr, warn = nullptr, err = nullptr, log = nullptr;
+  ASSERT_EQ(VLTgetchannels(env, &res, &warn, &err, &log), 0);
+  std::string text;
+  ASSERT_EQ(VLTaddfuncdest(env, res, &text, collect), 0);
+  Model md;
+  md.m = 3;
+  md.addcol({{0, 1.0}, {1, 1.0}});
+  md.addcol({{0, 1.0}, {1, 1.0}});
+  md.finish();
+  std::vector<int> head = {0, 1, md.n + 2};
+  Fac F(3);
+  double u = 0.01;
+  EXPECT_EQ(lu_refactor(env, F.f, &md.mat, head.data(), &u, 1e-13, 1, nullptr), kLuRepaired);
+  EXPECT_EQ(text, "");
+  head = {0, 1, md.n + 2};
+  F.f->display = 1;
+  u = 0.01;
+  EXPECT_EQ(lu_refactor(env, F.f, &md.mat, head.data(), &u, 1e-13, 1, nullptr), kLuRepaired);
+  EXPECT_EQ(text, "Repairing basis singularity.\n");
+  // Spread pivots during iterations: 0.01 -> 0.1 -> 0.2, reported once.
+  text.clear();
+  Model sp;
+  sp.m = 2;
+  sp.addcol({{0, 1.0}});
+  sp.addcol({{1, 2e-11}, {0, 0.5}});
+  sp.finish();
+  std::vector<int> h2 = {0, 1};
+  Fac G(2);
+  G.f->display = 1;
+  G.f->itcnt = 5;
+  u = 0.01;
+  EXPECT_EQ(lu_refactor(env, G.f, &sp.mat, h2.data(), &u, 1e-15, 1, nullptr), 0);
+  EXPECT_EQ(text, "Markowitz threshold set to 0.2.\n");
+  VLTdelfuncdest(env, res, &text, collect);
+  VLTcloseVELTO(&env);
+}
