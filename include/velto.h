@@ -420,6 +420,9 @@ VLTAPI int VLTftran(VLTENVptr env, VLTLPptr lp, double *x);
 VLTAPI int VLTbtran(VLTENVptr env, VLTLPptr lp, double *y);
 VLTAPI int VLTdualfarkas(VLTENVptr env, VLTLPptr lp, double *y, double *proof_p);
 VLTAPI int VLTgetray(VLTENVptr env, VLTLPptr lp, double *z);
+/* solution quality */
+VLTAPI double VLTgetkappa(VLTENVptr env, VLTLPptr lp);
+VLTAPI double VLTgetExactkappa(VLTENVptr env, VLTLPptr lp);
 /* presolve */
 VLTAPI int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method);
 VLTAPI int VLTfreepresolve(VLTENVptr env, VLTLPptr lp);

@@ -21,52 +21,6 @@ double pengine::coldot(int j, const double *y) const {
   return s;
 }
 
-// Factorizes the basis in b.head; singular positions are replaced by the
-// logicals of the rows left over and the variables that go out are put at
-// a bound.
-int pengine::refactor() {
-  std::vector<int> badpos, badrow;
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    bcbeg.resize(m);
-    bclen.resize(m);
-    bcind.clear();
-    bcval.clear();
-    for (int k = 0; k < m; ++k) {
-      int j = b.head[k];
-      bcbeg[k] = (int)bcind.size();
-      if (j >= n) {
-        bcind.push_back(j - n);
-        bcval.push_back(1.0);
-      } else {
-        for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) {
-          bcind.push_back(p.cind[t]);
-          bcval.push_back(p.cval[t]);
-        }
-      }
-      bclen[k] = (int)bcind.size() - bcbeg[k];
-    }
-    f.threshold = markowitz;
-    int bad = f.factor(m, bcbeg, bclen, bcind.data(), bcval.data(), badpos, badrow);
-    ++refactors;
-    fresh = true;
-    if (bad == 0) return 0;
-    for (size_t t = 0; t < badpos.size(); ++t) {
-      int k = badpos[t];
-      int j = b.head[k];
-      int s = n + badrow[t];
-      pos[j] = -1;
-      if (std::isfinite(lbw[j])) { b.stat[j] = kAtLower; b.x[j] = lbw[j]; }
-      else if (std::isfinite(ubw[j])) { b.stat[j] = kAtUpper; b.x[j] = ubw[j]; }
-      else { b.stat[j] = kFree; b.x[j] = 0.0; }
-      b.head[k] = s;
-      pos[s] = k;
-      b.stat[s] = kBasic;
-    }
-    djvalid = false;
-  }
-  return 1256;
-}
-
 void pengine::compute_xb() {
   wvec &v = col;
   v.clear();
@@ -81,7 +35,7 @@ void pengine::compute_xb() {
       for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) v.val[p.cind[t]] -= p.cval[t] * xj;
     }
   }
-  f.ftran(v);
+  ftran(v);
   for (int k = 0; k < m; ++k) b.x[b.head[k]] = v.val[k];
   v.clear();
 }
@@ -115,7 +69,7 @@ void pengine::compute_pi() {
   v.clear();
   for (int k = 0; k < m; ++k)
     if (cb[k] != 0.0) v.set(k, cb[k]);
-  f.btran(v);
+  btran(v);
   for (int i = 0; i < m; ++i) pi[i] = v.val[i];
   v.clear();
 }
@@ -223,7 +177,7 @@ void pengine::remove_perturbation() {
 // fewer updates between refactorizations.
 void pengine::refresh() {
   bool refactored = false;
-  if (!fresh || f.updates > 0) {
+  if (!fresh || fac->updates > 0 || !fac->ready) {
     int st = refactor();
     if (st) { res.err = st; return; }
     refactored = true;

@@ -10,7 +10,7 @@
 #include <limits>
 #include <vector>
 
-#include "simplex/bfactor.h"
+struct velto_env;
 
 namespace velto {
 
@@ -71,6 +71,11 @@ struct poptions {
   int display = 0;            // iteration log level 0, 1, 2
   int reinv = 0;              // refactorization frequency, 0 automatic
   bool scaled_log = false;    // log labels of a scaled model
+  // Clean-up pass on the unscaled model: estimate the condition of the
+  // first basis and stop at once (status 10) when it is above 1e15.
+  int kappa_check = 0;
+  // Report the condition estimate of the final basis in presult::kappa.
+  int want_kappa = 0;
 };
 
 // Engine outcome.
@@ -88,6 +93,9 @@ enum : int {
 // Hooks the caller may give: log output, abort word, clock, names.
 struct phooks {
   void *ctx = nullptr;
+  // Environment for the parameters of the factor and its messages; may be
+  // null (then the factor's defaults hold).
+  ::velto_env *e = nullptr;
   void (*logline)(void *ctx, const char *text) = nullptr;
   // Non-zero asks the run to stop (abort word, callback).
   int (*stop)(void *ctx) = nullptr;

@@ -211,6 +211,7 @@ int primal_optimize(env *e, lp *p) {
   hookctx hc{e, p};
   phooks hk;
   hk.ctx = &hc;
+  hk.e = e;
   hk.logline = hook_log;
   hk.stop = hook_stop;
   hk.clock = hook_clock;
