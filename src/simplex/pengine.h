@@ -80,10 +80,19 @@ struct pengine {
   int reinv = 500;                 // cap on updates between refactorizations
   double markowitz = 0.1;           // working threshold of the factor
   std::vector<double> xbold;
-  bool perturbed = false;
   bool longstep = true;            // phase-1 test passes breakpoints
-  int perturbcount = 0;
-  int degenerate = 0;
+  // Perturbation of the bounds of basic variables.
+  bool perturbed = false;          // a perturbation is in force
+  int perturbcount = 0;            // perturbations made in this run
+  double pertsize = 1e-6;          // current size
+  uint32_t pertseed = 1234567u;    // generator of the random amounts
+  // Progress monitor: iterations without progress start a perturbation.
+  double proglastobj = 0.0;        // measure at the last reset
+  int proglastcheck = 0;           // iteration of the last exact check
+  int progbase = 0;                // iteration of the last reset
+  int progphase = 0;               // phase at the last reset
+  int proglimit = 400;             // iterations without progress allowed
+  int proginterval = 501;          // iterations between exact checks
   double objval = 0.0;
 
   // Pricing weights (devex reference weights or steepest-edge norms).
@@ -135,8 +144,17 @@ struct pengine {
   void compute_objval();
   void pivot_row();                           // rho' [A I] into arow
   double max_primal_infeas() const;
-  void perturb_bounds();
+
+  // ---- pperturb.cpp ----
+  void perturb_init();                        // sizes and limits of a run
+  void perturb_bounds();                      // start or renew a perturbation
+  void perturb_entering(int q);               // extend it to an entering variable
   void remove_perturbation();
+  void progress_reset();
+  bool progress_check();                      // exact check; true on progress
+  // Once per iteration, before the count is raised: perturbs when the run
+  // has stalled.  `q` entered (-1 none), `leaving` left (-1 none).
+  void progress_tick(int q, int leaving);
   void refresh();                             // factor, x, phase, pi, d
 
   // ---- pprice.cpp ----

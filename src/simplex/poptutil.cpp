@@ -1,4 +1,4 @@
-// Basic values, duals, phases and perturbation of the primal engine.
+// Basic values, duals and phases of the primal engine.
 #include <algorithm>
 #include <cmath>
 
@@ -129,46 +129,6 @@ double pengine::max_primal_infeas() const {
     mx = std::max(mx, std::max(lbw[j] - x, x - ubw[j]));
   }
   return mx;
-}
-
-// Widens the bounds by small random amounts so that ties in the ratio test
-// become rare; nonbasic variables move with their bound.
-void pengine::perturb_bounds() {
-  uint32_t seed = 1234567u + (uint32_t)perturbcount * 7919u;
-  auto draw = [&seed]() {
-    seed = seed * 1103515245u + 12345u;
-    return ((seed >> 16) & 0x7fff) / 32768.0;
-  };
-  for (int j = 0; j < nt; ++j) {
-    double scale = 1e-6 * (0.5 + draw());
-    if (std::isfinite(p.lb[j]))
-      lbw[j] = p.lb[j] - scale * std::min(1.0 + std::fabs(p.lb[j]), 1e3);
-    if (std::isfinite(p.ub[j]))
-      ubw[j] = p.ub[j] + scale * std::min(1.0 + std::fabs(p.ub[j]), 1e3);
-    if (pos[j] < 0) {
-      if (b.stat[j] == kAtLower && std::isfinite(lbw[j])) b.x[j] = lbw[j];
-      else if (b.stat[j] == kAtUpper && std::isfinite(ubw[j])) b.x[j] = ubw[j];
-    }
-  }
-  perturbed = true;
-  ++perturbcount;
-  compute_xb();
-  set_phase_costs();
-  compute_pi();
-  compute_dj();
-}
-
-void pengine::remove_perturbation() {
-  for (int j = 0; j < nt; ++j) {
-    lbw[j] = p.lb[j];
-    ubw[j] = p.ub[j];
-    if (pos[j] < 0) {
-      if (b.stat[j] == kAtLower) b.x[j] = lbw[j];
-      else if (b.stat[j] == kAtUpper) b.x[j] = ubw[j];
-    }
-  }
-  perturbed = false;
-  refresh();
 }
 
 // Refactorizes when updates stand, recomputes the basic values and the

@@ -118,6 +118,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   if (e.pricing == kPriceDevex && opt.display > 0 && e.itcnt == 0) {
     // The devex engine chosen from the start says so once.
   }
+  e.perturb_init();
   if (opt.perturb_at_start) e.perturb_bounds();
 
   for (;;) {
@@ -237,6 +238,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
       e.pos[q] = r;
       b.head[r] = q;
       b.stat[q] = kBasic;
+      if (e.perturbed) e.perturb_entering(q);
       bool rebuilt = false;
       if (e.factor_update(r, q) != 0) {
         // The factor asked to be rebuilt for the new basis; values, phase
@@ -263,9 +265,8 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
         e.compute_objval();
       }
     }
-    e.degenerate = step < 1e-11 ? e.degenerate + 1 : 0;
-    if (!e.perturbed && e.perturbcount == 0 && e.degenerate > std::max(50, m / 20))
-      e.perturb_bounds();
+    e.progress_tick(q, leaving);
+    if (res.err) break;
     if (e.fac->updates >= e.reinv) e.refresh();
     ++e.itcnt;
     if (e.phase == 1) ++e.phase1cnt;
@@ -287,6 +288,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
 
   // Leave the model's own bounds in force and make the values consistent.
   if (!res.err && e.perturbed) {
+    e.logf("Removing perturbation.\n");
     for (int j = 0; j < nt; ++j) { e.lbw[j] = p.lb[j]; e.ubw[j] = p.ub[j]; }
     for (int j = 0; j < nt; ++j)
       if (e.pos[j] < 0) {

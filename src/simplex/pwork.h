@@ -67,6 +67,8 @@ struct poptions {
   double markowitz = 0.01;
   double objlim = -1e75;      // stop in phase 2 once c'x falls below
   int perturb_at_start = 0;
+  double epper = 1e-6;        // size of the first perturbation
+  int perlim = 0;             // iterations without progress before one, 0 automatic
   int crash = 1;              // 0 none, otherwise the triangular crash
   int display = 0;            // iteration log level 0, 1, 2
   int reinv = 0;              // refactorization frequency, 0 automatic
@@ -102,6 +104,9 @@ struct phooks {
   double (*clock)(void *ctx) = nullptr;
   // Name of variable j (structural or logical) for the detailed log.
   void (*varname)(void *ctx, int j, char *buf, int len) = nullptr;
+  // Kind of the logical of row i for the detailed log: 0 slack, 1 range
+  // column, 2 artificial.
+  int (*logkind)(void *ctx, int i) = nullptr;
   double starttime = 0.0;
 };
 
