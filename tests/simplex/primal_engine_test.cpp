@@ -4,10 +4,12 @@
 
 #include <cmath>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "common/reference.h"
 #include "simplex/primal_check.h"
+#include "simplex/pkernel.h"
 #include "simplex/pwork.h"
 #include "velto.h"
 
@@ -102,3 +104,96 @@ TEST(PrimalSmallNetlib, EveryPricingRule) {
 }
 
 }  // namespace
+
+// The passes of the kernel.  Row R (x1 >= 1) is written with entries 1e-4
+// and row T is x1 <= 2; min -eta x1.  Phase 1 stops at x1 = 1 with R tight;
+// there the reduced cost of R's slack is -eta in the scaled model, within
+// the tolerance, but -eta 1e4 in the user's units.
+namespace passes {
+
+struct model {
+  std::vector<double> obj, rhs, rng, lb, ub, val;
+  std::vector<int> beg, cnt, ind;
+  std::string sense;
+  velto::lpview v;
+};
+
+// With `illcond`, two more equality rows 1e9 x2 = 1e9 and 1e-9 x3 = 1e-9
+// put a basis of condition 1e18 under the unscaled model (1 when scaled).
+model make(double eta, bool illcond) {
+  model d;
+  const int n = illcond ? 3 : 1;
+  d.obj.assign(n, 0.0);
+  d.obj[0] = -eta;
+  d.lb.assign(n, 0.0);
+  d.ub.assign(n, 1e20);
+  d.rhs = {1e-4, 2};
+  d.sense = "GL";
+  d.beg = {0};
+  d.ind = {0, 1};
+  d.val = {1e-4, 1.0};
+  if (illcond) {
+    d.rhs.push_back(1e9);
+    d.rhs.push_back(1e-9);
+    d.sense += "EE";
+    d.beg.push_back(2);
+    d.beg.push_back(3);
+    d.ind.push_back(2);
+    d.ind.push_back(3);
+    d.val.push_back(1e9);
+    d.val.push_back(1e-9);
+  }
+  d.rng.assign(d.rhs.size(), 0.0);
+  for (int j = 0; j < n; ++j) d.cnt.push_back(j == 0 ? 2 : 1);
+  velto::lpview &v = d.v;
+  v.nrows = (int)d.rhs.size();
+  v.ncols = n;
+  v.obj = d.obj.data();
+  v.rhs = d.rhs.data();
+  v.rngval = d.rng.data();
+  v.sense = d.sense.c_str();
+  v.matbeg = d.beg.data();
+  v.matcnt = d.cnt.data();
+  v.matind = d.ind.data();
+  v.matval = d.val.data();
+  v.lb = d.lb.data();
+  v.ub = d.ub.data();
+  return d;
+}
+
+}  // namespace passes
+
+TEST(PrimalPasses, ScaledOptimumInfeasibleUnscaledGetsAnUnscaledPass) {
+  passes::model d = passes::make(5e-8, false);
+  velto::kconfig cfg;
+  cfg.opt.crash = 0;
+  velto::phooks hk;
+  velto::kout o;
+  velto::primal_kernel_view(d.v, cfg, hk, nullptr, 0, o);
+  EXPECT_EQ(o.err, 0);
+  EXPECT_EQ(o.passes, 2);
+  EXPECT_EQ(o.lpstat, 1);
+  EXPECT_NEAR(o.x[0], 2.0, 1e-9);
+  EXPECT_LE(o.dinf, 1e-6);
+
+  // Without the rerun the scaled optimum stands, marked as status 5.
+  cfg.rerun = 0;
+  velto::primal_kernel_view(d.v, cfg, hk, nullptr, 0, o);
+  EXPECT_EQ(o.passes, 1);
+  EXPECT_EQ(o.lpstat, 5);
+  EXPECT_NEAR(o.x[0], 1.0, 1e-9);
+  EXPECT_GT(o.dinf, 1e-6);
+}
+
+TEST(PrimalPasses, IllConditionedUnscaledBasisEndsThePassAndReturnsToScaled) {
+  passes::model d = passes::make(5e-8, true);
+  velto::kconfig cfg;
+  cfg.opt.crash = 0;
+  velto::phooks hk;
+  velto::kout o;
+  velto::primal_kernel_view(d.v, cfg, hk, nullptr, 0, o);
+  EXPECT_EQ(o.err, 0);
+  EXPECT_EQ(o.passes, 3);
+  EXPECT_EQ(o.lpstat, 5);
+  EXPECT_NEAR(o.x[0], 1.0, 1e-9);
+}
