@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "common/lpcheck.h"
 #include "common/reference.h"
 #include "velto.h"
 
@@ -63,6 +64,7 @@ TEST(BasisNetlib, PivotsFromTheOptimumAndBackToThePublishedOptimum) {
     EXPECT_EQ(pw, kNone);
     EXPECT_EQ(dw, kNone);
     const int n = VLTgetnumcols(s.env, s.lp), m = VLTgetnumrows(s.env, s.lp);
+    const lpcheck::model md = lpcheck::from_api(s.env, s.lp);
     // Up to five pivots, each along a nonbasic column's ratio test.
     int pivots = 0;
     for (int j = 0; j < n && pivots < 5; ++j) {
@@ -80,6 +82,10 @@ TEST(BasisNetlib, PivotsFromTheOptimumAndBackToThePublishedOptimum) {
       EXPECT_NEAR(cx(s), before + r * dj, 1e-7 * (1 + std::fabs(before)));
       ASSERT_EQ(VLTcheckpfeas(s.env, s.lp, &pw), 0);
       EXPECT_EQ(pw, kNone);
+      // The values of the pivoted basis, checked against the model alone.
+      std::vector<double> x(n);
+      ASSERT_EQ(VLTgetx(s.env, s.lp, x.data(), 0, n - 1), 0);
+      EXPECT_LE(lpcheck::primal_violation(md, x, true), 1e-6);
     }
     EXPECT_GT(pivots, 0);
     ASSERT_EQ(VLTprimopt(s.env, s.lp), 0);
