@@ -409,3 +409,41 @@ TEST(BasisCheck, AutomaticMethodFollowsPrimalFeasibilityOfTheStart) {
   EXPECT_EQ(VLTgetstat(t.env, t.lp), 1);
   EXPECT_EQ(VLTgetmethod(t.env, t.lp), 2);
 }
+
+TEST(BasisCheck, DualMethodUnboundedAndModelWithoutRows) {
+  {
+    Session s;
+    Dense d = unbounded_model();
+    ASSERT_EQ(d.load(s), 0);
+    ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+    ASSERT_EQ(VLTgetstat(s.env, s.lp), 2);
+    int i = 7, j = 7;
+    EXPECT_EQ(VLTgetijdiv(s.env, s.lp, &i, &j), 0);
+    EXPECT_FALSE(i >= 0 && j >= 0);
+    std::vector<double> z(d.n);
+    ASSERT_EQ(VLTgetray(s.env, s.lp, z.data()), 0);
+    double cr = 0.0;
+    EXPECT_LE(lpcheck::ray_violation(lpcheck::from_api(s.env, s.lp), z, &cr), 1e-9);
+    EXPECT_LT(cr, 0.0);
+  }
+  // No rows: every call answers without a factor to lean on.
+  Session s;
+  double obj[2] = {1, -1}, lb[2] = {0, 0}, ub[2] = {3, 4};
+  int beg[2] = {0, 0}, cnt[2] = {0, 0}, ind[1] = {0};
+  double val[1] = {0};
+  ASSERT_EQ(VLTcopylp(s.env, s.lp, 2, 0, 1, obj, nullptr, nullptr, beg, cnt, ind, val, lb, ub, nullptr), 0);
+  ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+  ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
+  int pw = 0, list[2] = {0, 1};
+  EXPECT_EQ(VLTcheckpfeas(s.env, s.lp, &pw), 0);
+  EXPECT_EQ(pw, kNone);
+  double r[2], u[2];
+  int l[2], st[2];
+  ASSERT_EQ(VLTpratio(s.env, s.lp, list, 2, r, l, nullptr, st, u, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(st[0], 0);
+  EXPECT_EQ(l[0], kNone);
+  EXPECT_EQ(VLTmdleave(s.env, s.lp, list, 1, r, u), 1251);
+  EXPECT_EQ(VLTpivot(s.env, s.lp, 0, 0, 2), 0);
+  EXPECT_EQ(VLTpivotout(s.env, s.lp, list, 1), 1221);
+  EXPECT_EQ(VLTsetphase2(s.env, s.lp), 0);
+}
