@@ -223,10 +223,17 @@ TEST(BasisCheck, ArgumentStatusesAndMessages) {
   EXPECT_EQ(s.warn.text, "Warning:  No weights computed.\n");
   EXPECT_EQ(VLTgetweight(s.env, s.lp, 1, beg, ind, val, w, 1), 1257);
   EXPECT_EQ(VLTgetweight(s.env, s.lp, 1, beg, ind, val, nullptr, 2), 1004);
+  int down[3] = {0, 2, 1}, two[2] = {0, 1};
+  int negind[1] = {-1};
+  double w2[2];
+  EXPECT_EQ(VLTgetweight(s.env, s.lp, 2, down, two, val, w2, 2), 1003);
+  EXPECT_EQ(VLTgetweight(s.env, s.lp, 1, beg, negind, val, w, 2), 1200);
   EXPECT_EQ(s.err.text,
             "VELTO Error  1003: Bad argument to Callable Library function.\n"
             "VELTO Error  1257: Incorrect usage of pricing indicator.\n"
-            "VELTO Error  1004: Null pointer for required data.\n");
+            "VELTO Error  1004: Null pointer for required data.\n"
+            "VELTO Error  1003: Bad argument to Callable Library function.\n"
+            "VELTO Error  1200: Index is outside range of valid values.\n");
   // Leave estimates: a bad index is printed once with its value.
   s.err.text.clear();
   s.res.text.clear();
