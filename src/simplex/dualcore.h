@@ -145,6 +145,9 @@ struct dualopts {
   // Log lines go through this function when display is on.
   void (*log)(void *ctx, const char *line) = nullptr;
   void *logctx = nullptr;
+  // Label of variable j for the one-line-per-iteration log, 23 characters
+  // wide (a row's name in 17 and a tag); null gives x<j+1> and c<i+1>.
+  void (*label)(void *ctx, int j, char *buf, int len) = nullptr;
   double objsen = 1.0;       // for the objective shown in the log
   double objoffset = 0.0;
 };
@@ -212,6 +215,14 @@ struct dualengine {
   int progbase = 0;
   int perlimit = 50;
 
+  // iteration log
+  double t0 = 0;             // clock at the start of the run
+  int logenter = -1;         // variable that entered in the last iteration
+  int logleave = -1;         // variable that left; -1 for a bound flip
+  int loglastref = -1, loglastphase = 0;
+  int lastelapsedit = 0;
+  double lastelapsed = 0;
+
   // results
   int itcnt = 0;
   int phase1cnt = 0;
@@ -244,6 +255,8 @@ void dual_free(dualengine &e);
 int dual_ratio(dualengine &e, double slope, int sgn, std::vector<int> &flips,
                double &theta, int longstep);
 double dual_objective(const dualengine &e);
+// Writes the log of the iteration just counted, by the display level.
+void dual_log_iteration(dualengine &e);
 void dual_compute_duals(dualengine &e);
 void dual_compute_primal(dualengine &e);
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 #include "simplex/dualcore.h"
 
@@ -24,10 +25,12 @@ void dse_update(dualengine &e, int r, double w);
 void dual_perturb(dualengine &e);
 void dual_unperturb(dualengine &e);
 void dual_perturb_leaving(dualengine &e, int j);
+int dual_primal_cleanup(dualengine &e, double tol, int limit, int *stuck);
 
 namespace {
 
 constexpr double kInf = 1e19;
+constexpr int kNoMove = 101;
 
 double now_seconds() {
   using namespace std::chrono;
@@ -45,10 +48,11 @@ int refresh(dualengine &e) {
 }
 
 // Settles the phase from the current reduced costs: boxed variables go to the
-// side their cost asks for; any other dual infeasibility means phase 1.
-void settle_phase(dualengine &e) {
+// side their cost asks for (beyond fliptol); any other dual infeasibility
+// beyond the optimality tolerance means phase 1.
+void settle_phase(dualengine &e, double fliptol) {
   if (e.phase == 1) dual_set_phase2(e);
-  dual_flip_boxed(e, e.opt.opttol);
+  dual_flip_boxed(e, fliptol);
   if (dual_infeas_count(e, e.opt.opttol, nullptr) > 0) {
     dual_set_phase1(e);
   } else {
@@ -56,6 +60,15 @@ void settle_phase(dualengine &e) {
   }
   dual_compute_primal(e);
 }
+
+// Tolerance on the true reduced costs at the end.  A reduced cost of the
+// wrong sign well above rounding is a real improving direction: left in
+// place because it is below the optimality tolerance, it can cost far more
+// than that tolerance in the objective when the variable's move is long (a
+// reduced cost of 4e-7 on a column that can grow by thousands).  Boxed
+// variables are flipped at this tolerance once the costs are clean, and the
+// others are taken in by primal pivots (dualclean.cpp).
+double clean_tol(const dualengine &e) { return std::min(e.opt.opttol, 1e-9); }
 
 // Costs of nonbasic variables whose reduced costs are slightly wrong are
 // moved so the basis is dual feasible again; counted as shifts.
@@ -84,17 +97,78 @@ void logf(const dualengine &e, const char *fmt, ...) {
 // dual objective in the user's sign.
 void logline(const dualengine &e) {
   double obj = dual_objective(e);
-  if (e.phase == 1) logf(e, "Iteration: %5d   Dual infeasibility = %20.6f\n", e.itcnt, -obj);
+  if (e.phase == 1)
+    logf(e, "Iteration: %5d   Dual infeasibility = %20.6f\n", e.itcnt, std::max(0.0, -obj));
   else
     logf(e, "Iteration: %5d   Dual objective     = %20.6f\n", e.itcnt,
          e.opt.objsen * obj + e.opt.objoffset);
 }
 
+void label(const dualengine &e, int j, char *buf, int len) {
+  if (e.opt.label) {
+    e.opt.label(e.opt.logctx, j, buf, len);
+    return;
+  }
+  char name[32];
+  if (j < e.n) {
+    std::snprintf(name, sizeof name, "x%d", j + 1);
+    std::snprintf(buf, len, "%23s", name);
+  } else {
+    std::snprintf(name, sizeof name, "c%d", j - e.n + 1);
+    std::snprintf(buf, len, "%17s slack", name);
+  }
+}
+
 }  // namespace
 
-// One iteration.  Returns 0 to go on, an outcome code, or a negative error.
+void dual_log_iteration(dualengine &e) {
+  if (e.opt.display <= 0 || e.opt.log == nullptr) return;
+  if (e.opt.display == 1) {
+    if (e.itcnt == 1) logf(e, "\nIteration log . . .\n");
+    if (e.refactors != e.loglastref || e.phase != e.loglastphase) {
+      logline(e);
+      e.loglastref = e.refactors;
+      e.loglastphase = e.phase;
+    }
+  } else if (e.logenter >= 0) {
+    if (e.itcnt == 1)
+      logf(e, "\nIteration      Dual Objective     "
+              "       In Variable           Out Variable\n");
+    char line[640], in[300], out[300];
+    double obj = dual_objective(e);
+    double v = e.phase == 1 ? std::max(0.0, -obj) : e.opt.objsen * obj + e.opt.objoffset;
+    label(e, e.logenter, in, sizeof in);
+    if (e.logleave >= 0) {
+      label(e, e.logleave, out, sizeof out);
+      std::snprintf(line, sizeof line, e.phase == 1 ? "%6d  I" : "%6d   ", e.itcnt);
+    } else {
+      std::snprintf(out, sizeof out, "%s",
+                    e.status[e.logenter] == 2 ? "    goes to upper bound" : "    goes to lower bound");
+      std::snprintf(line, sizeof line, e.phase == 1 ? "%6d  I" : "%6d   ", e.itcnt);
+    }
+    size_t len = std::strlen(line);
+    std::snprintf(line + len, sizeof line - len, std::fabs(v) >= 1e11 ? "%20.6e%s%s\n" : "%20.6f%s%s\n",
+                  v, in, out);
+    e.opt.log(e.opt.logctx, line);
+  }
+  // A line with the clock every thousand iterations, at most every ten
+  // seconds.
+  if (e.itcnt % 1000 == 0 && e.itcnt - e.lastelapsedit >= 1000) {
+    e.lastelapsedit = e.itcnt;
+    double t = now_seconds() - e.t0;
+    if (t - e.lastelapsed >= 10.0) {
+      e.lastelapsed = t;
+      logf(e, "Elapsed time = %7.2f sec. (%d iterations)\n", t, e.itcnt);
+    }
+  }
+}
+
+// One iteration.  Returns 0 after a pivot, kNoMove when the row was set
+// aside or the factor renewed without a pivot, 100 when no row is
+// infeasible, an outcome code, or a negative error.
 static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
   const dualprob &p = *e.p;
+  e.logenter = -1;
   const int m = e.m;
   const double ftol = e.phase == 1 ? 1e-7 : e.opt.feastol;
   int r = dprice_select(e, ftol, rejected);
@@ -125,11 +199,11 @@ static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
     if (e.fac->updates() > 0 && retries < 2) {
       retries++;
       int s = refresh(e);
-      return s ? -s : 0;
+      return s ? -s : kNoMove;
     }
     if (e.phase == 1) {
       rejected[r] = 1;
-      return 0;
+      return kNoMove;
     }
     e.lastleave = lv;
     e.lastleavepos = r;
@@ -144,11 +218,11 @@ static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
   if (std::fabs(ar) < 1e-9 || std::fabs(ar - arow) > 1e-6 * (1.0 + std::fabs(ar))) {
     if (e.fac->updates() > 0) {
       int s = refresh(e);
-      return s ? -s : 0;
+      return s ? -s : kNoMove;
     }
     if (std::fabs(ar) < 1e-9) {
       rejected[r] = 1;
-      return 0;
+      return kNoMove;
     }
   }
   retries = 0;
@@ -204,6 +278,8 @@ static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
   }
 
   // Basis change.
+  e.logenter = q;
+  e.logleave = lv;
   e.lastleave = lv;
   e.lastleavepos = r;
   e.head[r] = q;
@@ -231,21 +307,27 @@ static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
   return 0;
 }
 
+int dual_refresh(dualengine &e) { return refresh(e); }
+
 int dual_solve(dualengine &e) {
   const double t0 = now_seconds();
+  e.t0 = t0;
   std::vector<char> rejected(e.m, 0);
   int retries = 0;
   int s = refresh(e);
   if (s) return -s;
-  settle_phase(e);
+  settle_phase(e, e.opt.opttol);
   if (e.opt.perind && e.phase == 2) {
     dual_perturb(e);
     logf(e, "Perturbation started.\n");
   }
-  int lastref = e.refactors, lastphase = e.phase;
+  e.loglastref = e.refactors;
+  e.loglastphase = e.phase;
+  e.lastelapsedit = e.itcnt;
+  e.lastelapsed = 0.0;
   e.lastobj = -1e75;
   e.progbase = e.itcnt;
-  int rounds = 0;
+  int rounds = 0, cleanups = 0;
   for (;;) {
     if (e.itcnt >= e.opt.itlim) return e.result = kDualItLim;
     if (e.itcnt % 25 == 0 && e.itcnt > 0) {
@@ -254,15 +336,12 @@ int dual_solve(dualengine &e) {
     }
     int r = iterate(e, rejected, retries);
     if (r < 0) return e.result = r;
+    if (r == kNoMove) continue;
     if (r == 0) {
       // Counted only when the basis or a bound moved.
       e.itcnt++;
       if (e.phase == 1) e.phase1cnt++;
-      if (e.opt.display >= 1 && (e.refactors != lastref || e.phase != lastphase)) {
-        logline(e);
-        lastref = e.refactors;
-        lastphase = e.phase;
-      }
+      dual_log_iteration(e);
       // Objective limit: the dual objective only rises in phase 2, so once
       // past the limit the primal optimum is past it too.
       if (e.opt.objulim < 1e75 && e.phase == 2 && !e.perturbed && e.shifts == 0 &&
@@ -315,7 +394,7 @@ int dual_solve(dualengine &e) {
       }
       if (e.perturbed || e.shifts) {
         dual_unperturb(e);
-        settle_phase(e);
+        settle_phase(e, clean_tol(e));
         continue;
       }
       if (auxobj < -e.opt.opttol) {
@@ -334,10 +413,28 @@ int dual_solve(dualengine &e) {
       if (e.perturbed) logf(e, "Removing perturbation.\n");
       else logf(e, "Removing shift (%d).\n", e.shifts);
       dual_unperturb(e);
-      settle_phase(e);
+      // The basis is primal feasible: primal pivots take in the variables
+      // whose true reduced costs are now wrong.  What they leave (a move
+      // without limit, or too many of them) goes by flips and phase 1.
+      int stuck = 0;
+      s = dual_primal_cleanup(e, clean_tol(e), std::max(100, e.m / 4), &stuck);
+      if (s < 0) return e.result = s;
+      settle_phase(e, clean_tol(e));
       e.progbase = e.itcnt;
       e.lastobj = -1e75;
       continue;
+    }
+    // Optimal for the true costs within the tolerances; take in what
+    // improving directions remain, then check again.
+    if (cleanups < 5) {
+      ++cleanups;
+      int stuck = 0;
+      int done = dual_primal_cleanup(e, clean_tol(e), std::max(100, e.m / 4), &stuck);
+      if (done < 0) return e.result = done;
+      if (done > 0) {
+        --rounds;
+        continue;
+      }
     }
     return e.result = kDualOptimal;
   }

@@ -1,6 +1,7 @@
 // VLTdualopt: the dual simplex method on a problem object.
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -188,6 +189,38 @@ int boundscan(env *e, lp *p) {
   return bad;
 }
 
+// What the labels of the iteration log need.
+struct logctx {
+  env *e;
+  const lp *p;
+  const std::vector<int> *rowslack;
+};
+
+// A column's name right-aligned in 23 characters; a row's in 17 followed by
+// " range" for its range column, " slack" for its slack, " artif" for the
+// artificial of a row without a slack.
+void loglabel(void *ctx, int j, char *buf, int len) {
+  const logctx *lc = static_cast<const logctx *>(ctx);
+  const lpcore *c = lc->p->core;
+  const char *name;
+  if (j < c->numcols) {
+    name = colnameof(lc->e, c->colname, c->numcols, j);
+    std::snprintf(buf, len, "%23s", name ? name : "");
+    return;
+  }
+  const char *tag;
+  int row;
+  if (j < c->totcols) {
+    row = c->matind[c->matbeg[j]];
+    tag = "range";
+  } else {
+    row = j - c->totcols;
+    tag = (*lc->rowslack)[row] >= 0 ? "slack" : "artif";
+  }
+  name = rownameof(lc->e, c->rowname, c->numrows, row);
+  std::snprintf(buf, len, "%17s %s", name ? name : "", tag);
+}
+
 int outcome_status(int r) {
   switch (r) {
     case kDualOptimal: return 1;
@@ -313,8 +346,12 @@ int dual_optimize(env *e, lp *p) {
   o.longstep = pb->p1051;
   o.abortword = pb->abortword;
   o.display = pb->simdisplay;
-  o.log = [](void *ctx, const char *line) { msg(static_cast<env *>(ctx)->reschannel, "%s", line); };
-  o.logctx = e;
+  logctx lc{e, p, &rowslack};
+  o.log = [](void *ctx, const char *line) {
+    msg(static_cast<logctx *>(ctx)->e->reschannel, "%s", line);
+  };
+  o.logctx = &lc;
+  o.label = loglabel;
   o.objsen = c->objsen;
   o.objoffset = c->objoffset;
   o.objulim = c->objsen == 1 ? pb->objulim : -pb->objllim;

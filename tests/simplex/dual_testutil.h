@@ -1,6 +1,5 @@
-// Helpers of the dual simplex tests: small model builders, a minimal reader of
-// fixed MPS files for the engine-level tests, and independent checks of
-// optimality, Farkas proofs and rays recomputed from the model.
+// Helpers of the dual simplex tests: the engine form of a checked model and a
+// minimal reader of fixed MPS files for the engine-level tests.
 #pragma once
 
 #include <algorithm>
@@ -11,19 +10,20 @@
 #include <string>
 #include <vector>
 
+#include "common/lpcheck.h"
 #include "simplex/dualcore.h"
 
 namespace dualtest {
 
 using velto::dualprob;
 
-// Model as rows lo <= a'x <= up, columns lb <= x <= ub, minimize c'x + c0.
-struct model {
-  int m = 0, n = 0;
-  std::vector<std::vector<std::pair<int, double>>> cols;
-  std::vector<double> c, lb, ub, rlo, rup;
-  double c0 = 0.0;
-};
+// Model and independent checks shared with the other LP tests.
+using lpcheck::model;
+using lpcheck::primal_violation;
+using lpcheck::dual_violation;
+using lpcheck::objective;
+using lpcheck::farkas_gap;
+using lpcheck::ray_violation;
 
 // Engine form: a'x - r = 0 with the logical r in [rlo, rup].
 inline dualprob to_prob(const model &md) {
@@ -184,121 +184,6 @@ inline bool read_mps(const std::string &path, model &md) {
     }
   }
   return true;
-}
-
-// Largest violation of primal feasibility of x (structurals) for the model.
-inline double primal_violation(const model &md, const std::vector<double> &x) {
-  double worst = 0.0;
-  std::vector<double> act(md.m, 0.0);
-  for (int j = 0; j < md.n; ++j) {
-    for (auto &e : md.cols[j]) act[e.first] += e.second * x[j];
-    worst = std::max(worst, md.lb[j] - x[j]);
-    worst = std::max(worst, x[j] - md.ub[j]);
-  }
-  for (int i = 0; i < md.m; ++i) {
-    worst = std::max(worst, md.rlo[i] - act[i]);
-    worst = std::max(worst, act[i] - md.rup[i]);
-  }
-  return worst;
-}
-
-// Largest violation of dual feasibility and complementarity for (x, y):
-// reduced costs d = c - A'y recomputed here; a variable strictly between its
-// bounds needs d = 0, at its lower bound d >= 0, at its upper d <= 0; the same
-// for a row with y in the role of -d.  Tolerance tol decides "at a bound".
-inline double dual_violation(const model &md, const std::vector<double> &x,
-                             const std::vector<double> &y, double tol) {
-  double worst = 0.0;
-  std::vector<double> act(md.m, 0.0);
-  for (int j = 0; j < md.n; ++j) {
-    double d = md.c[j];
-    for (auto &e : md.cols[j]) {
-      d -= e.second * y[e.first];
-      act[e.first] += e.second * x[j];
-    }
-    bool atlo = x[j] <= md.lb[j] + tol * (1 + std::fabs(md.lb[j]));
-    bool atup = x[j] >= md.ub[j] - tol * (1 + std::fabs(md.ub[j]));
-    double v = 0.0;
-    if (!atlo && !atup) v = std::fabs(d);
-    else if (atlo && !atup) v = std::max(0.0, -d);
-    else if (atup && !atlo) v = std::max(0.0, d);
-    worst = std::max(worst, v / (1.0 + std::fabs(md.c[j])));
-  }
-  for (int i = 0; i < md.m; ++i) {
-    // The row logical r = a'x has cost 0 and column -e_i: its reduced cost is y_i.
-    double d = y[i];
-    bool atlo = act[i] <= md.rlo[i] + tol * (1 + std::fabs(md.rlo[i]));
-    bool atup = act[i] >= md.rup[i] - tol * (1 + std::fabs(md.rup[i]));
-    double v = 0.0;
-    if (!atlo && !atup) v = std::fabs(d);
-    else if (atlo && !atup) v = std::max(0.0, -d);
-    else if (atup && !atlo) v = std::max(0.0, d);
-    worst = std::max(worst, v);
-  }
-  return worst;
-}
-
-inline double objective(const model &md, const std::vector<double> &x) {
-  double s = md.c0;
-  for (int j = 0; j < md.n; ++j) s += md.c[j] * x[j];
-  return s;
-}
-
-// Farkas test for y: with z = y'A, the largest value of y'(row activity)
-// allowed by the row bounds must be below the smallest value of z'x over the
-// column bounds (or the reverse).  Returns the gap (positive proves
-// infeasibility); -1e300 when an infinite bound breaks the argument.
-inline double farkas_gap(const model &md, const std::vector<double> &y) {
-  // y'r with r in [rlo, rup]: max over rows; z'x over columns: min.
-  auto eval = [&](double sign) {
-    double maxr = 0.0, minx = 0.0;
-    for (int i = 0; i < md.m; ++i) {
-      double yi = sign * y[i];
-      if (yi > 1e-12) {
-        if (md.rup[i] >= 1e19) return -1e300;
-        maxr += yi * md.rup[i];
-      } else if (yi < -1e-12) {
-        if (md.rlo[i] <= -1e19) return -1e300;
-        maxr += yi * md.rlo[i];
-      }
-    }
-    for (int j = 0; j < md.n; ++j) {
-      double z = 0.0;
-      for (auto &e : md.cols[j]) z += sign * y[e.first] * e.second;
-      if (z > 1e-9) {
-        if (md.lb[j] <= -1e19) return -1e300;
-        minx += z * md.lb[j];
-      } else if (z < -1e-9) {
-        if (md.ub[j] >= 1e19) return -1e300;
-        minx += z * md.ub[j];
-      }
-    }
-    return minx - maxr;
-  };
-  return std::max(eval(1.0), eval(-1.0));
-}
-
-// Ray test: returns the largest violation of A r in the recession cone of the
-// row bounds and r in that of the column bounds; cost c'r is returned too.
-inline double ray_violation(const model &md, const std::vector<double> &r, double *cr) {
-  double worst = 0.0, scale = 0.0;
-  for (double v : r) scale = std::max(scale, std::fabs(v));
-  if (scale == 0.0) return 1e300;
-  std::vector<double> act(md.m, 0.0);
-  double c = 0.0;
-  for (int j = 0; j < md.n; ++j) {
-    double v = r[j] / scale;
-    c += md.c[j] * v;
-    for (auto &e : md.cols[j]) act[e.first] += e.second * v;
-    if (md.lb[j] > -1e19) worst = std::max(worst, -v);
-    if (md.ub[j] < 1e19) worst = std::max(worst, v);
-  }
-  for (int i = 0; i < md.m; ++i) {
-    if (md.rlo[i] > -1e19) worst = std::max(worst, -act[i]);
-    if (md.rup[i] < 1e19) worst = std::max(worst, act[i]);
-  }
-  *cr = c;
-  return worst;
 }
 
 }  // namespace dualtest
