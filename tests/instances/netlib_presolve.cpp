@@ -11,7 +11,7 @@
 
 #include "common/reference.h"
 #include "presolve/kkt.h"
-#include "presolve/proof.h"
+#include "common/lpcheck.h"
 #include "velto.h"
 
 using namespace velto_test;
@@ -120,11 +120,11 @@ TEST(NetlibPresolve, InfeasibleModelsGiveAProofOfTheUserModel) {
       EXPECT_EQ(VLTgetstat(env, lp), 3);
       if (method == 2 && VLTgetstat(env, lp) == 3) {
         // The dual's proof is one of the user's model, whatever presolve did.
-        model m = readmodel(env, lp);
+        lpcheck::model m = lpcheck::from_api(env, lp);
         std::vector<double> y(m.m);
         double proof = 0;
         ASSERT_EQ(VLTdualfarkas(env, lp, y.data(), &proof), 0);
-        const double gap = farkas_gap(m, y);
+        const double gap = lpcheck::farkas_gap(m, y);
         EXPECT_GT(gap, 0.0);
         EXPECT_NEAR(proof, gap, 1e-6 * std::max(1.0, std::fabs(gap)));
       }

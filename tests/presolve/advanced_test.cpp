@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "presolve/lpbuild.h"
-#include "presolve/proof.h"
+#include "common/lpcheck.h"
 
 using namespace presolve_test;
 
@@ -302,21 +302,21 @@ TEST(PresolveBasic, ImpliedBoundsContainEveryFeasiblePointOfAfiro) {
   // A redundant row holds over the whole box of the bounds.
   std::vector<double> mn(m.m, 0.0), mx(m.m, 0.0);
   for (int j = 0; j < m.n; ++j)
-    for (int k = m.beg[j]; k < m.beg[j + 1]; ++k) {
-      const double a = m.val[k];
-      mn[m.ind[k]] += a * (a > 0 ? m.lb[j] : m.ub[j]);
-      mx[m.ind[k]] += a * (a > 0 ? m.ub[j] : m.lb[j]);
+    for (auto [i, a] : m.cols[j]) {
+      mn[i] += a * (a > 0 ? m.lb[j] : m.ub[j]);
+      mx[i] += a * (a > 0 ? m.ub[j] : m.lb[j]);
     }
   int redundant = 0;
   for (int i = 0; i < m.m; ++i) {
     if (rs[i] != -1) continue;
     ++redundant;
-    if (m.sense[i] != 'G') { EXPECT_LE(mx[i], m.rhs[i] + 1e-9) << "row " << i; }
-    if (m.sense[i] != 'L') { EXPECT_GE(mn[i], m.rhs[i] - 1e-9) << "row " << i; }
+    EXPECT_LE(mx[i], m.rup[i] + 1e-9) << "row " << i;
+    EXPECT_GE(mn[i], m.rlo[i] - 1e-9) << "row " << i;
   }
   // Each column's range over the feasible set, by two solves, lies within
   // the implied bounds, which lie within the declared ones.
-  const std::vector<double> c0 = m.obj;
+  std::vector<double> c0(m.n);
+  VLTgetobj(env, lp, c0.data(), 0, m.n - 1);
   std::vector<int> all(m.n);
   for (int j = 0; j < m.n; ++j) all[j] = j;
   int tighter = 0;
@@ -425,11 +425,11 @@ TEST(PresolveVerdicts, InfeasibleReducedProblemGivesAProofOnTheUserModel) {
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_PREIND, 1), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 3);
-  model m = readmodel(s.env, s.lp);
+  lpcheck::model m = lpcheck::from_api(s.env, s.lp);
   std::vector<double> y(m.m);
   double proof = 0;
   ASSERT_EQ(VLTdualfarkas(s.env, s.lp, y.data(), &proof), 0);
-  const double gap = farkas_gap(m, y);
+  const double gap = lpcheck::farkas_gap(m, y);
   EXPECT_GT(gap, 1e-6);
   EXPECT_NEAR(proof, gap, 1e-9 * (1 + std::fabs(gap)));
 }
@@ -443,23 +443,13 @@ TEST(PresolveVerdicts, UnboundedReducedProblemGivesARayOfTheUserModel) {
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_PREIND, 1), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 2);
-  model m = readmodel(s.env, s.lp);
+  lpcheck::model m = lpcheck::from_api(s.env, s.lp);
   std::vector<double> z(m.n);
   ASSERT_EQ(VLTgetray(s.env, s.lp, z.data()), 0);
-  // The ray improves the objective and stays in the recession cone.
-  double cz = 0, size = 0;
-  for (int j = 0; j < m.n; ++j) {
-    cz += m.obj[j] * z[j];
-    size = std::max(size, std::fabs(z[j]));
-    if (m.lb[j] > -1e20) { EXPECT_GE(z[j], -1e-9 * size); }
-    if (m.ub[j] < 1e20) { EXPECT_LE(z[j], 1e-9 * size); }
-  }
-  EXPECT_LT(cz, -1e-9 * size);
-  std::vector<double> az = activity(m, z);
-  for (int i = 0; i < m.m; ++i) {
-    if (m.sense[i] != 'G') { EXPECT_LE(az[i], 1e-9 * size); }
-    if (m.sense[i] != 'L') { EXPECT_GE(az[i], -1e-9 * size); }
-  }
+  // The ray stays in the recession cone and improves the objective.
+  double cr = 0;
+  EXPECT_LE(lpcheck::ray_violation(m, z, &cr), 1e-9);
+  EXPECT_LT(cr, -1e-9);
 }
 
 }  // namespace
