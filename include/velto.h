@@ -420,6 +420,28 @@ VLTAPI int VLTftran(VLTENVptr env, VLTLPptr lp, double *x);
 VLTAPI int VLTbtran(VLTENVptr env, VLTLPptr lp, double *y);
 VLTAPI int VLTdualfarkas(VLTENVptr env, VLTLPptr lp, double *y, double *proof_p);
 VLTAPI int VLTgetray(VLTENVptr env, VLTLPptr lp, double *z);
+/* advanced basis operations */
+VLTAPI int VLTgetijrow(VLTENVptr env, VLTLPptr lp, int i, int j, int *pos_p);
+VLTAPI int VLTgetijdiv(VLTENVptr env, VLTLPptr lp, int *idiv_p, int *jdiv_p);
+/* rmatbeg holds rcnt + 1 entries; row r is rmatbeg[r] .. rmatbeg[r+1]-1. */
+VLTAPI int VLTgetweight(VLTENVptr env, VLTLPptr lp, int rcnt, const int *rmatbeg,
+                        const int *rmatind, const double *rmatval, double *weight, int dpriind);
+VLTAPI int VLTcheckpfeas(VLTENVptr env, VLTLPptr lp, int *infeas_p);
+VLTAPI int VLTcheckdfeas(VLTENVptr env, VLTLPptr lp, int *infeas_p);
+VLTAPI int VLTchecksoln(VLTENVptr env, VLTLPptr lp, int *feas_p);
+VLTAPI int VLTsetphase2(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTmdleave(VLTENVptr env, VLTLPptr lp, const int *indices, int cnt,
+                      double *downratio, double *upratio);
+VLTAPI int VLTpratio(VLTENVptr env, VLTLPptr lp, const int *indices, int cnt,
+                     double *downratio, int *downleave, int *downleavestat, int *downstat,
+                     double *upratio, int *upleave, int *upleavestat, int *upstat);
+VLTAPI int VLTdratio(VLTENVptr env, VLTLPptr lp, const int *indices, int cnt,
+                     double *downratio, int *downleave, int *downleavestat, int *downstat,
+                     double *upratio, int *upleave, int *upleavestat, int *upstat);
+VLTAPI int VLTpivot(VLTENVptr env, VLTLPptr lp, int jenter, int jleave, int leavestat);
+VLTAPI int VLTcopypartialbase(VLTENVptr env, VLTLPptr lp, int ccnt, const int *cindices,
+                              const int *cstat, int rcnt, const int *rindices,
+                              const int *rstat);
 /* presolve */
 VLTAPI int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method);
 VLTAPI int VLTfreepresolve(VLTENVptr env, VLTLPptr lp);

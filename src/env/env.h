@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <atomic>
 #include <mutex>
+#include <new>
 
 #include "velto.h"
 
@@ -116,6 +117,21 @@ void report(env *e, int *status);
 const char *errtext(env *e, int code);
 // Tests a begin/end pair against [lo, hi); prints 1205/1206 lines on failure.
 bool rangecheck(env *e, const char *caller, int begin, int end, int lo, int hi);
+// Runs f, turning an allocation failure into status 1001, so that no
+// exception crosses the exported boundary.
+template <class F>
+inline int guarded(F &&f) {
+  try {
+    return f();
+  } catch (const std::bad_alloc &) {
+    return kNoMemory;
+  }
+}
+// The last step of an exported call: report a non-zero status and return it.
+inline int finish(env *e, int status) {
+  if (status) report(e, &status);
+  return status;
+}
 
 // ---- memory ---------------------------------------------------------------
 // 16-byte aligned blocks; the distance to the raw block is kept in the byte

@@ -1032,13 +1032,7 @@ int lpreadfp(env *e, FILE *fp, filemodel &m) {
 }
 
 int lpreadfile(env *e, const char *name, filemodel &m) {
-  int status = 0;
-  FILE *fp = fileopenread(e, name, "r", ".lp", 0, 1, &status);
-  if (fp == nullptr) return status;
-  status = lpreadfp(e, fp, m);
-  int crc = fileclose(name, &fp);
-  if (status == 0 && crc != 0) status = fileerror(e, 1423, name);
-  return status;
+  return readmodelfile(e, name, ".lp", m, lpreadfp);
 }
 
 }  // namespace velto

@@ -75,6 +75,7 @@ class mpsreader {
   int tokenize(const char *from, token *t, int maxtok);
   std::string_view cutname(const token &t);
   int number(const token &t, double *v, bool allowinf);
+  int rowentry(const token *t, int k, int nmax, int *r, int *mr, double *v);
   int rowsline();
   int endrows();
   int columnsline();
@@ -195,6 +196,23 @@ int mpsreader::number(const token &t, double *v, bool allowinf) {
   std::string s(t.sv());
   if (rc == 2) return fileerror(e_, 1435, lineno_, s.c_str());
   return fileerror(e_, 1434, lineno_, s.c_str());
+}
+
+// A row name at token k and its value at k + 1 (a missing value is an
+// error of number()): *r gets the row's number in the file and *mr its
+// mapping; 1448 for an unknown row.
+int mpsreader::rowentry(const token *t, int k, int nmax, int *r, int *mr, double *v) {
+  std::string_view rname = cutname(t[k]);
+  token num = (k + 1 < nmax) ? t[k + 1] : token();
+  int rc = number(num, v, false);
+  if (rc) return rc;
+  *r = rowtab_.find(rname);
+  if (*r < 0) {
+    std::string s(rname);
+    return fileerror(e_, 1448, lineno_, s.c_str());
+  }
+  *mr = rowmap_[*r];
+  return 0;
 }
 
 int mpsreader::warnextra(const token *t, int from, int count) {
@@ -347,17 +365,10 @@ int mpsreader::columnsline() {
   }
   if (n > 5) warnextra(t, 5, n);
   for (int k = 1; k < n && k < 5; k += 2) {
-    std::string_view rname = cutname(t[k]);
+    int r, mr;
     double v;
-    token num = (k + 1 < n) ? t[k + 1] : token();
-    int rc = number(num, &v, false);
+    int rc = rowentry(t, k, n, &r, &mr, &v);
     if (rc) return rc;
-    int r = rowtab_.find(rname);
-    if (r < 0) {
-      std::string s(rname);
-      return fileerror(e_, 1448, lineno_, s.c_str());
-    }
-    int mr = rowmap_[r];
     if (mr == kRowObj) {
       m_.obj[lastcol_] = v;
     } else if (mr >= 0) {
@@ -434,17 +445,10 @@ int mpsreader::rimline(Section sec) {
   if (rc || !use) return rc;
   int nmax = std::min(n, kMaxTok);
   for (int k = first; k < nmax; k += 2) {
-    std::string_view rname = cutname(t[k]);
+    int r, mr;
     double v;
-    token num = (k + 1 < nmax) ? t[k + 1] : token();
-    int rc = number(num, &v, false);
+    int rc = rowentry(t, k, nmax, &r, &mr, &v);
     if (rc) return rc;
-    int r = rowtab_.find(rname);
-    if (r < 0) {
-      std::string s(rname);
-      return fileerror(e_, 1448, lineno_, s.c_str());
-    }
-    int mr = rowmap_[r];
     if (mr == kRowObj) {
       if (which == 0) {
         if (objwarn_ < 5)
@@ -818,16 +822,7 @@ int mpsreadfp(env *e, FILE *fp, filemodel &m) {
 }
 
 int mpsreadfile(env *e, const char *name, filemodel &m) {
-  int status = 0;
-  FILE *fp = fileopenread(e, name, "r", ".mps", 0, 1, &status);
-  if (fp == nullptr) return status;
-  {
-    mpsreader r(e, fp, m);
-    status = r.run();
-  }
-  int crc = fileclose(name, &fp);
-  if (status == 0 && crc != 0) status = fileerror(e, 1423, name);
-  return status;
+  return readmodelfile(e, name, ".mps", m, mpsreadfp);
 }
 
 }  // namespace velto

@@ -1,6 +1,8 @@
 // Name tables, the line source and the number conversion of the readers.
 #include "fileio/rwutil.h"
 
+#include "env/files.h"
+
 #include <cmath>
 #include <cstdarg>
 #include <cstdlib>
@@ -223,6 +225,17 @@ int parsenumber(std::string_view tok, double *value, bool allowinf) {
   }
   *value = neg ? -v : v;
   return 0;
+}
+
+int readmodelfile(env *e, const char *name, const char *ext, filemodel &m,
+                  int (*readfp)(env *, FILE *, filemodel &)) {
+  int status = 0;
+  FILE *fp = fileopenread(e, name, "r", ext, 0, 1, &status);
+  if (fp == nullptr) return status;
+  status = readfp(e, fp, m);
+  int crc = fileclose(name, &fp);
+  if (status == 0 && crc != 0) status = fileerror(e, 1423, name);
+  return status;
 }
 
 int fileerror(env *e, int code, ...) {

@@ -115,6 +115,10 @@ int parsenumber(std::string_view tok, double *value, bool allowinf);
 int fileerror(env *e, int code, ...);
 
 // Readers and writers (one file each).
+// Opens name (a .gz through gzip), runs readfp on it and closes it; a
+// failing close after a good read is 1423.
+int readmodelfile(env *e, const char *name, const char *ext, filemodel &m,
+                  int (*readfp)(env *, FILE *, filemodel &));
 int mpsreadfile(env *e, const char *name, filemodel &m);
 int lpreadfile(env *e, const char *name, filemodel &m);
 // The same on an open stream (used by the fuzz targets).

@@ -62,10 +62,6 @@ int arraygetter(env *e, lp *p, const char *caller, T *out, int begin, int end, b
   return 0;
 }
 
-int finish(env *e, int status) {
-  if (status) report(e, &status);
-  return status;
-}
 
 // Space/surplus protocol on one text.
 int copytext(const char *text, char *buf, int space, int *surplus) {
@@ -217,31 +213,26 @@ int coefgetter(env *e, lp *p, int i, int j, double *coef) {
   return 0;
 }
 
+// The row or column count with pending additions; 0 after a failed check,
+// which goes to report like any other status.
+int countquery(VLTENVptr env, VLTLPptr lp, bool rows) {
+  int status = 0;
+  if (!checkenv(env)) status = kNoEnvironment;
+  else if (!checklpfollow(&lp)) status = kNoProblem;
+  if (status) {
+    report(env, &status);
+    return 0;
+  }
+  return rows ? lp->core->numrows + pendingrows(lp) : lp->core->numcols + pendingcols(lp);
+}
+
 }  // namespace
 
 extern "C" {
 
-int VLTgetnumrows(VLTENVptr env, VLTLPptr lp) {
-  int status = 0;
-  if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklpfollow(&lp)) status = kNoProblem;
-  if (status) {
-    report(env, &status);
-    return 0;
-  }
-  return lp->core->numrows + pendingrows(lp);
-}
+int VLTgetnumrows(VLTENVptr env, VLTLPptr lp) { return countquery(env, lp, true); }
 
-int VLTgetnumcols(VLTENVptr env, VLTLPptr lp) {
-  int status = 0;
-  if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklpfollow(&lp)) status = kNoProblem;
-  if (status) {
-    report(env, &status);
-    return 0;
-  }
-  return lp->core->numcols + pendingcols(lp);
-}
+int VLTgetnumcols(VLTENVptr env, VLTLPptr lp) { return countquery(env, lp, false); }
 
 int VLTgetnumnz(VLTENVptr env, VLTLPptr lp) {
   int status = guarded([&] { return queryframe(env, &lp); });

@@ -105,11 +105,6 @@ using namespace velto;
 
 namespace {
 
-int finish(env *e, int status) {
-  if (status) report(e, &status);
-  return status;
-}
-
 // Sign of the dual values on the way out.
 double dualsign(const lp *p) {
   const soln *s = p->soln;

@@ -83,15 +83,6 @@ inline int changeframe(env *e, lp *p) {
   if (isview(p) || p->probtype == kTypeZeroedQP) return 1023;
   return 0;
 }
-// Catches allocation failures at the exported boundary.
-template <class F>
-inline int guarded(F &&f) {
-  try {
-    return f();
-  } catch (const std::bad_alloc &) {
-    return kNoMemory;
-  }
-}
 
 // Bound classification.
 inline void clampbound(double &lb, double &ub, int &lk, int &uk) {

@@ -416,11 +416,6 @@ using namespace velto;
 
 namespace {
 
-int finish(env *e, int status) {
-  if (status) report(e, &status);
-  return status;
-}
-
 // Tests a list of indices against [0, limit); prints the row or column line.
 int checkindices(env *e, int cnt, const int *indices, int limit, bool rows) {
   for (int k = 0; k < cnt; ++k)
@@ -571,65 +566,62 @@ int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const dou
   return 0;
 }
 
-int chgobj(env *e, lp *p, int cnt, const int *indices, const double *values) {
+// The frame shared by the per-entry changes of the objective and the
+// right-hand side: argument checks, entries of pending (cached) rows or
+// columns stored in the change cache, one dropstate with the given event
+// before the first stored entry, and apply(index, value) for each stored one.
+template <class Apply>
+static int chgentries(env *e, lp *p, int cnt, const int *indices, const double *values,
+                      bool rows, int event, Apply apply) {
   int status = changeframe(e, p);
   if (status) return status;
   if (cnt < 0) return kBadArgument;
   if (cnt == 0) return 0;
   if (!indices || !values) return kNullPointer;
   lpcore *c = p->core;
-  int n = c->numcols;
-  status = checkindices(e, cnt, indices, n + pendingcols(p), false);
+  const int stored = rows ? c->numrows : c->numcols;
+  status = checkindices(e, cnt, indices, stored + (rows ? pendingrows(p) : pendingcols(p)), rows);
   if (status) return status;
   bool fired = false;
   for (int k = 0; k < cnt; ++k) {
-    int j = indices[k];
-    if (j >= n) {
-      c->cache->cobj[j - c->cache->basecols] = values[k];
+    const int q = indices[k];
+    if (q >= stored) {
+      if (rows) c->cache->rrhs[q - c->cache->baserows] = values[k];
+      else c->cache->cobj[q - c->cache->basecols] = values[k];
       continue;
     }
     if (!fired) {
-      dropstate(e, p, 14);
+      dropstate(e, p, event);
       fired = true;
     }
-    double v = c->colscale ? values[k] / c->colscale[j] : values[k];
-    double delta = v - c->obj[j];
-    c->obj[j] = v;
-    soln *s = p->soln;
-    if (s && s->dj && j < s->cols) s->dj[j] += c->objsen * delta;
+    apply(q, values[k]);
   }
   return 0;
 }
 
+int chgobj(env *e, lp *p, int cnt, const int *indices, const double *values) {
+  // The stored solution stays consistent: dj moves with the cost.
+  return chgentries(e, p, cnt, indices, values, false, 14, [p](int j, double value) {
+    lpcore *c = p->core;
+    double v = c->colscale ? value / c->colscale[j] : value;
+    double delta = v - c->obj[j];
+    c->obj[j] = v;
+    soln *s = p->soln;
+    if (s && s->dj && j < s->cols) s->dj[j] += c->objsen * delta;
+  });
+}
+
 int chgrhs(env *e, lp *p, int cnt, const int *indices, const double *values) {
-  int status = changeframe(e, p);
-  if (status) return status;
-  if (cnt < 0) return kBadArgument;
-  if (cnt == 0) return 0;
-  if (!indices || !values) return kNullPointer;
-  lpcore *c = p->core;
-  int m = c->numrows;
-  status = checkindices(e, cnt, indices, m + pendingrows(p), true);
-  if (status) return status;
-  bool fired = false;
-  for (int k = 0; k < cnt; ++k) {
-    int i = indices[k];
-    if (i >= m) {
-      c->cache->rrhs[i - c->cache->baserows] = values[k];
-      continue;
-    }
-    if (!fired) {
-      dropstate(e, p, 8);
-      fired = true;
-    }
-    double v = c->rowscale ? values[k] / c->rowscale[i] : values[k];
+  // The stored slack moves with the right-hand side.
+  return chgentries(e, p, cnt, indices, values, true, 8, [p](int i, double value) {
+    lpcore *c = p->core;
+    double v = c->rowscale ? value / c->rowscale[i] : value;
     double delta = v - c->rhs[i];
     c->rhs[i] = v;
     soln *s = p->soln;
     if (s && s->slack && i < s->rows)
       s->slack[i] += (c->sense[i] == 'G' || c->sense[i] == 'R') ? -delta : delta;
-  }
-  return 0;
+  });
 }
 
 int chgsense(env *e, lp *p, int cnt, const int *indices, const char *sense) {

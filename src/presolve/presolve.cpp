@@ -404,28 +404,10 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
 
 using namespace velto;
 
-namespace {
-
-int finish(env *e, int status) {
-  if (status) report(e, &status);
-  return status;
-}
-
-template <class F>
-int guard(F &&f) {
-  try {
-    return f();
-  } catch (const std::bad_alloc &) {
-    return kNoMemory;
-  }
-}
-
-}  // namespace
-
 extern "C" {
 
 int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
@@ -435,7 +417,7 @@ int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method) {
 }
 
 int VLTfreepresolve(VLTENVptr env, VLTLPptr lp) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (lp->presolve) lp->presolve->keep = 0;
@@ -445,7 +427,7 @@ int VLTfreepresolve(VLTENVptr env, VLTLPptr lp) {
 }
 
 int VLTgetredlp(VLTENVptr env, VLTLPptr lp, VLTLPptr *redlp_p) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (redlp_p == nullptr) return static_cast<int>(kNullPointer);

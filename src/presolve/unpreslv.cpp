@@ -240,20 +240,6 @@ using namespace velto;
 
 namespace {
 
-int finish(env *e, int status) {
-  if (status) report(e, &status);
-  return status;
-}
-
-template <class F>
-int guard(F &&f) {
-  try {
-    return f();
-  } catch (const std::bad_alloc &) {
-    return kNoMemory;
-  }
-}
-
 // Frame of the mapping calls: handles, cache, record.
 int mapframe(env *e, lp **pp, bool needred) {
   int s = queryframe(e, pp);
@@ -366,7 +352,7 @@ int velto::crush_linear(const prerec *r, int len, const int *ind, const double *
 extern "C" {
 
 int VLTcrushx(VLTENVptr env, VLTLPptr lp, const double *x, double *redx) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = mapframe(env, &lp, true);
     if (s) return s;
     if (x == nullptr || redx == nullptr) return static_cast<int>(kNullPointer);
@@ -380,7 +366,7 @@ int VLTcrushx(VLTENVptr env, VLTLPptr lp, const double *x, double *redx) {
 }
 
 int VLTuncrushx(VLTENVptr env, VLTLPptr lp, double *x, const double *redx) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = mapframe(env, &lp, false);
     if (s) return s;
     const prerec *r = lp->presolve;
@@ -394,7 +380,7 @@ int VLTuncrushx(VLTENVptr env, VLTLPptr lp, double *x, const double *redx) {
 }
 
 int VLTcrushpi(VLTENVptr env, VLTLPptr lp, const double *pi, double *redpi) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = mapframe(env, &lp, true);
     if (s) return s;
     if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
@@ -409,7 +395,7 @@ int VLTcrushpi(VLTENVptr env, VLTLPptr lp, const double *pi, double *redpi) {
 
 int VLTuncrushpi(VLTENVptr env, VLTLPptr lp, double *pi, const double *redpi, int dual) {
   (void)dual;
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = mapframe(env, &lp, false);
     if (s) return s;
     if (lp->probtype == kTypeMILP || lp->probtype == kTypeMIQP) return 1017;
@@ -437,7 +423,7 @@ int VLTuncrushpi(VLTENVptr env, VLTLPptr lp, double *pi, const double *redpi, in
 }
 
 int VLTslackfromx(VLTENVptr env, VLTLPptr lp, const double *x, double *slack) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (x == nullptr || slack == nullptr) return static_cast<int>(kNullPointer);
@@ -460,7 +446,7 @@ int VLTslackfromx(VLTENVptr env, VLTLPptr lp, const double *x, double *slack) {
 }
 
 int VLTdjfrompi(VLTENVptr env, VLTLPptr lp, const double *pi, double *dj) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (pi == nullptr || dj == nullptr) return static_cast<int>(kNullPointer);
@@ -476,7 +462,7 @@ int VLTdjfrompi(VLTENVptr env, VLTLPptr lp, const double *pi, double *dj) {
 
 int VLTgetprestat(VLTENVptr env, VLTLPptr lp, int *prestat_p, int *pcstat, int *prstat,
                   int *ocstat, int *orstat) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (!prestat_p && !pcstat && !prstat && !ocstat && !orstat)
@@ -531,7 +517,7 @@ int VLTEgetorigrowind(VLTENVptr env, VLTLPptr lp, int redrow) {
 
 int VLTcrushform(VLTENVptr env, VLTLPptr lp, int len, const int *ind, const double *val,
                  int *plen_p, double *poffset_p, int *pind, double *pval) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = mapframe(env, &lp, false);
     if (s) return s;
     if (plen_p == nullptr || poffset_p == nullptr || (len > 0 && (!ind || !val)))
@@ -562,7 +548,7 @@ int VLTcrushform(VLTENVptr env, VLTLPptr lp, int len, const int *ind, const doub
 
 int VLTuncrushform(VLTENVptr env, VLTLPptr lp, int plen, const int *pind, const double *pval,
                    int *len_p, double *offset_p, int *ind, double *val) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = mapframe(env, &lp, false);
     if (s) return s;
     if (len_p == nullptr || offset_p == nullptr || (plen > 0 && (!pind || !pval)))

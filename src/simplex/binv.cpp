@@ -13,6 +13,7 @@
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "simplex/bframe.h"
 #include "simplex/dualstate.h"
 
 namespace velto {
@@ -304,7 +305,9 @@ int VLTgetray(VLTENVptr env, VLTLPptr lp, double *z) {
     if (z == nullptr) return kNullPointer;
     const soln *s = p->soln;
     dualstate *ds = reinterpret_cast<dualstate *>(p->dual);
-    if (!s || s->lpstat != 2 || s->method != 2 || !ds || !ds->hasray) return kNoSolution;
+    if (!s || s->lpstat != 2) return kNoSolution;
+    // Without a ray kept by the dual method, the basis shows the direction.
+    if (s->method != 2 || !ds || !ds->hasray) return basis_ray(env, p, z);
     const lpcore *c = p->core;
     for (int j = 0; j < c->numcols; ++j) z[j] = ds->ray[j] / cscale(c, j);
     return 0;

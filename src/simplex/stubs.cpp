@@ -5,6 +5,7 @@
 #include "model/lp.h"
 #include "model/store.h"
 #include "presolve/presolve.h"
+#include "simplex/bframe.h"
 #include "simplex/dualstate.h"
 #include "simplex/solve.h"
 
@@ -22,10 +23,19 @@ int entry(env *e, lp *p, int (*run)(env *, lp *)) {
   return status;
 }
 
+// Automatic choice: from a basis that is primal feasible the primal
+// simplex, otherwise the dual.
+int automethod(env *e, lp *p) {
+  if (e->params->advind && basisexists(p)) return basis_primal_feasible(e, p) == 1 ? 1 : 2;
+  return 2;
+}
+
 // Method choice: 1 is the primal simplex; the dual simplex is the default
 // and stands in for the methods not wired in yet.
 int lpopt_run(env *e, lp *p) {
-  if (e->params->lpmethod == 1) return presolve_wrap(e, p, 1, primal_optimize);
+  int method = e->params->lpmethod;
+  if (method == 0) method = automethod(e, p);
+  if (method == 1) return presolve_wrap(e, p, 1, primal_optimize);
   return presolve_wrap(e, p, 2, dual_optimize);
 }
 int primopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }

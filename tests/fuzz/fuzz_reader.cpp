@@ -1,10 +1,16 @@
-// libFuzzer target: any input to the MPS reader gives a status, never a
-// crash, a hang or a sanitizer report; a model it accepts loads and writes.
+// libFuzzer target of a model reader, built once per reader with
+// FUZZ_READER naming its stream entry (fuzz_mps, fuzz_lp): any input gives a
+// status, never a crash, a hang or a sanitizer report, and a model the
+// reader accepts has arrays consistent with its counts.
 #include <cstdint>
 #include <cstdio>
 
 #include "fileio/rwutil.h"
 #include "velto.h"
+
+#ifndef FUZZ_READER
+#error "FUZZ_READER must name the reader under test"
+#endif
 
 namespace {
 VLTENVptr fuzzenv() {
@@ -21,10 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FILE *fp = fmemopen(const_cast<uint8_t *>(data), size, "rb");
   if (fp == nullptr) return 0;
   velto::filemodel m;
-  int status = velto::mpsreadfp(env, fp, m);
+  int status = FUZZ_READER(env, fp, m);
   std::fclose(fp);
   if (status == 0) {
-    // The arrays must be consistent with the counts.
     if (static_cast<int>(m.obj.size()) != m.numcols || static_cast<int>(m.rhs.size()) != m.numrows)
       __builtin_trap();
     for (int j = 0; j < m.numcols; ++j)
