@@ -15,20 +15,6 @@ namespace velto {
 
 namespace {
 
-int finish(env *e, int status) {
-  if (status) report(e, &status);
-  return status;
-}
-
-template <class F>
-int guard(F &&f) {
-  try {
-    return f();
-  } catch (const std::bad_alloc &) {
-    return kNoMemory;
-  }
-}
-
 bool integer_kind(const lp *p) { return p->probtype == kTypeMILP || p->probtype == kTypeMIQP; }
 bool quadratic_kind(const lp *p) {
   return p->probtype == kTypeQP || p->probtype == kTypeZeroedQP || p->probtype == kTypeMIQP ||
@@ -361,7 +347,7 @@ using namespace velto;
 extern "C" {
 
 int VLTbasicpresolve(VLTENVptr env, VLTLPptr lp, double *redlb, double *redub, int *rstat) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (quadratic_kind(lp)) return 1018;
@@ -371,7 +357,7 @@ int VLTbasicpresolve(VLTENVptr env, VLTLPptr lp, double *redlb, double *redub, i
 }
 
 int VLTcopyprotected(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (cnt < 0) return static_cast<int>(kBadArgument);
@@ -403,7 +389,7 @@ int VLTgetprotected(VLTENVptr env, VLTLPptr lp, int *cnt_p, int *indices, int sp
                     int *surplus_p) {
   if (cnt_p) *cnt_p = 0;
   if (surplus_p) *surplus_p = 0;
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (cnt_p == nullptr) return static_cast<int>(kNullPointer);
@@ -427,7 +413,7 @@ int VLTgetprotected(VLTENVptr env, VLTLPptr lp, int *cnt_p, int *indices, int sp
 int VLTpreaddrows(VLTENVptr env, VLTLPptr lp, int rcnt, int nzcnt, const double *rhs,
                   const char *sense, const int *rmatbeg, const int *rmatind,
                   const double *rmatval, char **rowname) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (lp->presolve && lp->presolve->dualform == 1) return 1119;
@@ -451,7 +437,7 @@ int VLTpreaddrows(VLTENVptr env, VLTLPptr lp, int rcnt, int nzcnt, const double 
 }
 
 int VLTprechgobj(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const double *values) {
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     prerec *r = lp->presolve;
@@ -483,7 +469,7 @@ int VLTprechgobj(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const 
 
 int VLTpreslvwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double *objoff_p) {
   if (objoff_p) *objoff_p = 0.0;
-  return finish(env, guard([&] {
+  return finish(env, guarded([&] {
     int s = queryframe(env, &lp);
     if (s) return s;
     if (filename == nullptr || objoff_p == nullptr) return static_cast<int>(kNullPointer);
