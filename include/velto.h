@@ -439,6 +439,8 @@ VLTAPI int VLTdratio(VLTENVptr env, VLTLPptr lp, const int *indices, int cnt,
                      double *downratio, int *downleave, int *downleavestat, int *downstat,
                      double *upratio, int *upleave, int *upleavestat, int *upstat);
 VLTAPI int VLTpivot(VLTENVptr env, VLTLPptr lp, int jenter, int jleave, int leavestat);
+VLTAPI int VLTpivotin(VLTENVptr env, VLTLPptr lp, const int *rlist, int rlen);
+VLTAPI int VLTpivotout(VLTENVptr env, VLTLPptr lp, const int *clist, int clen);
 VLTAPI int VLTcopypartialbase(VLTENVptr env, VLTLPptr lp, int ccnt, const int *cindices,
                               const int *cstat, int rcnt, const int *rindices,
                               const int *rstat);

@@ -3,6 +3,7 @@
 // basis, and read-only ratio tests in both directions.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "env/par.h"
@@ -64,9 +65,8 @@ int checkvars(env *e, const lp *p, int cnt, const int *indices) {
 // and `alpha` its FTRAN column.
 int frame_divergence(bframe &f, double tol, int &dir, std::vector<double> &alpha) {
   const dualprob &p = f.prob;
-  int best = -1;
-  double bestd = tol;
-  std::vector<double> a(f.m);
+  // Dual infeasible candidates without a bound ahead, largest first.
+  std::vector<std::pair<double, int>> cand;
   for (int v = 0; v < f.n + f.m; ++v) {
     int st = f.status[v];
     if (st == 1 || p.lb[v] == p.ub[v]) continue;
@@ -75,8 +75,14 @@ int frame_divergence(bframe &f, double tol, int &dir, std::vector<double> &alpha
     if (st == 0 && dv < -tol) dv_dir = 1;
     else if (st == 2 && dv > tol) dv_dir = -1;
     else if (st == 3 && std::fabs(dv) > tol) dv_dir = dv < 0 ? 1 : -1;
-    if (dv_dir == 0 || std::fabs(dv) <= bestd) continue;
-    if (move_range(f, v, dv_dir) < 1e75) continue;
+    if (dv_dir == 0 || move_range(f, v, dv_dir) < 1e75) continue;
+    cand.push_back({-std::fabs(dv), v});
+  }
+  std::sort(cand.begin(), cand.end());
+  std::vector<double> a(f.m);
+  for (const auto &cv : cand) {
+    int v = cv.second;
+    int dv_dir = f.d[v] < 0 ? 1 : -1;
     frame_column(f, v, a);
     if (f.m) f.fac->ftran(a);
     bool blocked = false;
@@ -87,12 +93,11 @@ int frame_divergence(bframe &f, double tol, int &dir, std::vector<double> &alpha
       blocked = s > 0 ? std::fabs(p.lb[b]) < 1e17 : std::fabs(p.ub[b]) < 1e17;
     }
     if (blocked) continue;
-    best = v;
-    bestd = std::fabs(dv);
     dir = dv_dir;
     alpha = a;
+    return v;
   }
-  return best;
+  return -1;
 }
 
 // Ray of an unbounded basis over the user's columns (VLTgetray after a

@@ -54,6 +54,11 @@ int dnorm_init(dualengine &e) {
     e.normsvalid = 1;
     return 0;
   }
+  // An all-logical basis has unit norms (up to the logicals' signs).
+  bool slackbasis = true;
+  for (int c = 0; c < m && slackbasis; ++c) slackbasis = e.head[c] >= e.n;
+  if (!slackbasis && e.opt.display > 0 && e.opt.log)
+    e.opt.log(e.opt.logctx, "Initializing dual steep norms . . .\n");
   std::vector<int> cnt(m, 0), lastpos(m, -1);
   std::vector<double> lastval(m, 0.0);
   for (int c = 0; c < m; ++c) {

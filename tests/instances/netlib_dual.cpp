@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "common/lpcheck.h"
 #include "simplex/dual_apicheck.h"
 
 using namespace dualtest;
@@ -283,14 +284,19 @@ TEST(NetlibDual, EveryPricingRuleOnTheSmallModels) {
       ASSERT_EQ(VLTreadcopyprob(s.env, s.lp, (dir + "/" + r.name + ".mps.gz").c_str(), nullptr), 0);
       ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
       ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
-      model md = api_model(s.env, s.lp);
-      apisol sol;
-      ASSERT_EQ(api_solution(s.env, s.lp, md, sol), 0);
-      double pv, dv;
-      api_violations(s.env, s.lp, md, sol, &pv, &dv);
-      EXPECT_LE(pv, 1e-6);
-      EXPECT_LE(dv, 1e-6);
-      double cx = objective(md, sol.x) - md.c0;
+      // Independent checks on the model read back.
+      lpcheck::model md = lpcheck::from_api(s.env, s.lp);
+      std::vector<double> x(md.n), y(md.m), slack(md.m);
+      int stat = 0;
+      double z = 0;
+      ASSERT_EQ(VLTsolution(s.env, s.lp, &stat, &z, x.data(), y.data(), slack.data(), nullptr), 0);
+      if (md.objsen == -1)
+        for (double &v : y) v = -v;
+      EXPECT_LE(lpcheck::primal_violation(md, x), 1e-6);
+      EXPECT_LE(lpcheck::dual_violation(md, x, y, 1e-6), 1e-6);
+      EXPECT_LE(lpcheck::slack_error(md, x, slack), 1e-6);
+      double cx = md.objsen * (lpcheck::objective(md, x) - md.c0);
+      EXPECT_NEAR(z, md.objsen * lpcheck::objective(md, x), 1e-9 * std::max(1.0, std::fabs(z)));
       double tol = 1e-6 * std::max(1.0, std::fabs(r.z));
       bool match = std::fabs(cx - r.z) <= tol;
       if (!match) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "common/lpcheck.h"
 #include "simplex/basis_util.h"
 
 using namespace basistest;
@@ -365,6 +366,9 @@ TEST(BasisCheck, DivergenceAndRayOfPrimalUnboundedBasis) {
   std::vector<double> z(d.n);
   ASSERT_EQ(VLTgetray(s.env, s.lp, z.data()), 0);
   expect_ray(d, z);
+  double cr = 0.0;
+  EXPECT_LE(lpcheck::ray_violation(lpcheck::from_api(s.env, s.lp), z, &cr), 1e-9);
+  EXPECT_LT(cr, 0.0);
   // The diverging variable moves along the ray.
   if (j >= 0) {
     EXPECT_NE(z[j], 0.0);

@@ -98,6 +98,25 @@ TEST(DualLog, DisplayZeroIsSilent) {
   EXPECT_EQ(s.log, "");
 }
 
+// Exact steepest-edge norms are computed, and announced, only for a basis
+// that is not all logicals; unit start norms need no computation.
+TEST(DualLog, ExactNormsOfALoadedBasisAreAnnounced) {
+  for (int dpri : {2, 4}) {
+    SCOPED_TRACE(dpri);
+    session s;
+    load_two_rows(s);
+    int cstat[] = {1, 1}, rstat[] = {0, 0};  // the optimal basis
+    ASSERT_EQ(VLTcopybase(s.env, s.lp, cstat, rstat), 0);
+    ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_ADVIND, 1), 0);
+    ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_DPRIIND, dpri), 0);
+    ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 1), 0);
+    ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+    ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
+    EXPECT_EQ(VLTgetitcnt(s.env, s.lp), 0);
+    EXPECT_EQ(s.log, dpri == 2 ? "Initializing dual steep norms . . .\n" : "");
+  }
+}
+
 // max 3x + 5y  s.t.  x <= 4,  2y = 12,  3x + 2y <= 18: optimum 36 at (2, 6).
 // The costs make the slack basis dual infeasible (phase 1 lines carry an
 // "I"), and the equality row's artificial must leave the basis.
