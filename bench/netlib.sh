@@ -26,14 +26,15 @@ printf "%-10s %6s %6s | %3s %18s %8s %8s %8s | %3s %18s %8s %8s | %6s\n" \
   model rows cols st objective iters solve time clpst clp-objective clp-it clp-time ratio
 grep -v '^#' "$ref" | while IFS=$'\t' read -r name rows cols nz opt; do
   f=$data/netlib/$name.mps.gz
-  # Both solvers are timed from process start to exit (reading included);
-  # our driver also reports its solve time alone (column "solve").
+  # Both solvers are timed from process start to exit (reading included),
+  # on the same uncompressed file; our driver also reports its solve time
+  # alone (column "solve").
+  gunzip -c "$f" > "$tmp/$name.mps"
   t0=$(date +%s.%N)
-  read -r st obj it ts < <(timeout "$timeout" "$driver" "$f" "$method" 2>/dev/null || echo "T 0 0 $timeout")
+  read -r st obj it ts < <(timeout "$timeout" "$driver" "$tmp/$name.mps" "$method" 2>/dev/null || echo "T 0 0 $timeout")
   t1=$(date +%s.%N)
   [ -z "${ts:-}" ] && { st=T; obj=0; it=0; ts=$timeout; }
   t=$(echo "$t1 - $t0" | bc -l)
-  gunzip -c "$f" > "$tmp/$name.mps"
   start=$(date +%s.%N)
   timeout "$timeout" clp "$tmp/$name.mps" -presolve off -"$method"simplex > "$tmp/clp.out" 2>&1
   end=$(date +%s.%N)

@@ -44,6 +44,84 @@ double dprice_amount(const dualengine &e, int i, int *sgn) {
   return row_infeas(e, i, 0.0, sgn);
 }
 
+// Full-space norms: row p of B^-1 [A I] over every variable, basic ones
+// included (they give the 1), plus the part of the identity:
+// 1 + ||rho||^2 + ||rho' A_N||^2.  An all-logical basis needs no solve:
+// rho is e_i / s_i for the logical of row i with coefficient s_i.
+int dnorm_init_full(dualengine &e) {
+  const dualprob &p = *e.p;
+  const int m = e.m;
+  bool slackbasis = true;
+  for (int c = 0; c < m && slackbasis; ++c) slackbasis = e.head[c] >= e.n;
+  if (slackbasis) {
+    for (int c = 0; c < m; ++c) {
+      int i = e.head[c] - e.n;
+      double s = 1.0 / (p.slackval[i] * p.slackval[i]);
+      double g = 1.0 + s;
+      for (int k = e.rc.rowbeg[i]; k < e.rc.rowend[i]; ++k) g += e.rc.val[k] * e.rc.val[k] * s;
+      e.gamma[c] = g;
+    }
+    e.normsvalid = 1;
+    return 0;
+  }
+  if (e.opt.display > 0 && e.opt.log) e.opt.log(e.opt.logctx, "Initializing dual full norms . . .\n");
+  std::vector<double> &v = e.work;
+  std::vector<int> ind(m);
+  for (int c = 0; c < m; ++c) {
+    std::fill(v.begin(), v.end(), 0.0);
+    v[c] = 1.0;
+    e.fac->btran(v);
+    int nnz = 0;
+    double g = 1.0;
+    for (int i = 0; i < m; ++i)
+      if (v[i] != 0.0) {
+        ind[nnz++] = i;
+        g += v[i] * v[i];
+      }
+    pivot_row(e.rc, p, v, ind, nnz, e.status, e.row);
+    for (int k = 0; k < e.row.nnz; ++k) g += e.row.val[e.row.ind[k]] * e.row.val[e.row.ind[k]];
+    e.row.clear();
+    e.gamma[c] = g;
+  }
+  e.normsvalid = 1;
+  return 0;
+}
+
+// Update of the full-space norms after a pivot at position r, before the
+// basis changes: e.col is B^-1 a_q, e.rho row r of B^-1 (rho2 its squared
+// norm), e.row the pivot row over the nonbasic variables.  With R_i the
+// full-space row i, the new rows are R_i - t_i R_r (t_i = col_i / col_r), so
+// gamma_i += t_i^2 gamma_r - 2 t_i <R_i, R_r>, where the inner products are
+// tau = B^-1 (rho + A_N row').
+void dse_update_full(dualengine &e, int r, double rho2) {
+  const dualprob &p = *e.p;
+  const int m = e.m;
+  const double ar = e.col[r];
+  double w = 1.0 + rho2;
+  std::copy(e.rho.begin(), e.rho.end(), e.tau.begin());
+  for (int k = 0; k < e.row.nnz; ++k) {
+    int j = e.row.ind[k];
+    if (e.status[j] == 1) continue;
+    double a = e.row.val[j];
+    w += a * a;
+    if (j < e.n) {
+      for (int q = p.matbeg[j]; q < p.matbeg[j + 1]; ++q) e.tau[p.matind[q]] += a * p.matval[q];
+    } else {
+      e.tau[j - e.n] += a * p.slackval[j - e.n];
+    }
+  }
+  e.fac->ftran(e.tau);
+  for (int i = 0; i < m; ++i) {
+    double a = e.col[i];
+    if (a == 0.0 || i == r) continue;
+    double t = a / ar;
+    double g = e.gamma[i] + t * t * w - 2.0 * t * e.tau[i];
+    // Row i keeps its own unit and gains -t at the leaving variable.
+    e.gamma[i] = std::max(g, 1.0 + t * t);
+  }
+  e.gamma[r] = std::max(w / (ar * ar), 1.0);
+}
+
 // Exact norms ||e_i' B^-1||^2; a row whose basic variable is a logical or a
 // singleton column of the basis in its row has the norm 1/a^2 at once.
 int dnorm_init(dualengine &e) {
@@ -54,6 +132,7 @@ int dnorm_init(dualengine &e) {
     e.normsvalid = 1;
     return 0;
   }
+  if (e.opt.pricing == 3) return dnorm_init_full(e);
   // An all-logical basis has unit norms (up to the logicals' signs).
   bool slackbasis = true;
   for (int c = 0; c < m && slackbasis; ++c) slackbasis = e.head[c] >= e.n;

@@ -308,6 +308,7 @@ int dual_optimize(env *e, lp *p) {
   // Keep the last run's head and norms when they can serve this one.
   std::vector<int> oldhead;
   std::vector<double> oldgamma;
+  const int oldpricing = ds->eng.opt.pricing;
   if (ds->engready && ds->normsok) {
     oldhead = ds->eng.head;
     oldgamma = ds->eng.gamma;
@@ -357,13 +358,13 @@ int dual_optimize(env *e, lp *p) {
   o.objulim = c->objsen == 1 ? pb->objulim : -pb->objllim;
   int mode = pb->dpriind;
   if (mode == 0) mode = (pb->advind && p->start && p->start->dnorm) ? 4 : 2;
-  if (mode == 3) mode = 2;
   o.pricing = mode;
   if (pb->reinv > 0) o.refactor = pb->reinv;
   ds->eng.envp = e;
   int r = dual_setup(ds->eng, ds->prob, head, status, o);
   if (r) return r;
-  if (!oldhead.empty() && oldhead == ds->eng.head && o.pricing != 1) {
+  if (!oldhead.empty() && oldhead == ds->eng.head && o.pricing != 1 &&
+      (o.pricing == 3) == (oldpricing == 3)) {
     ds->eng.gamma = oldgamma;
     ds->eng.normsvalid = 1;
   }

@@ -223,10 +223,17 @@ TEST(BasisCheck, ArgumentStatusesAndMessages) {
   EXPECT_EQ(s.warn.text, "Warning:  No weights computed.\n");
   EXPECT_EQ(VLTgetweight(s.env, s.lp, 1, beg, ind, val, w, 1), 1257);
   EXPECT_EQ(VLTgetweight(s.env, s.lp, 1, beg, ind, val, nullptr, 2), 1004);
+  int down[3] = {0, 2, 1}, two[2] = {0, 1};
+  int negind[1] = {-1};
+  double w2[2];
+  EXPECT_EQ(VLTgetweight(s.env, s.lp, 2, down, two, val, w2, 2), 1003);
+  EXPECT_EQ(VLTgetweight(s.env, s.lp, 1, beg, negind, val, w, 2), 1200);
   EXPECT_EQ(s.err.text,
             "VELTO Error  1003: Bad argument to Callable Library function.\n"
             "VELTO Error  1257: Incorrect usage of pricing indicator.\n"
-            "VELTO Error  1004: Null pointer for required data.\n");
+            "VELTO Error  1004: Null pointer for required data.\n"
+            "VELTO Error  1003: Bad argument to Callable Library function.\n"
+            "VELTO Error  1200: Index is outside range of valid values.\n");
   // Leave estimates: a bad index is printed once with its value.
   s.err.text.clear();
   s.res.text.clear();
@@ -408,4 +415,42 @@ TEST(BasisCheck, AutomaticMethodFollowsPrimalFeasibilityOfTheStart) {
   ASSERT_EQ(VLTlpopt(t.env, t.lp), 0);
   EXPECT_EQ(VLTgetstat(t.env, t.lp), 1);
   EXPECT_EQ(VLTgetmethod(t.env, t.lp), 2);
+}
+
+TEST(BasisCheck, DualMethodUnboundedAndModelWithoutRows) {
+  {
+    Session s;
+    Dense d = unbounded_model();
+    ASSERT_EQ(d.load(s), 0);
+    ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+    ASSERT_EQ(VLTgetstat(s.env, s.lp), 2);
+    int i = 7, j = 7;
+    EXPECT_EQ(VLTgetijdiv(s.env, s.lp, &i, &j), 0);
+    EXPECT_FALSE(i >= 0 && j >= 0);
+    std::vector<double> z(d.n);
+    ASSERT_EQ(VLTgetray(s.env, s.lp, z.data()), 0);
+    double cr = 0.0;
+    EXPECT_LE(lpcheck::ray_violation(lpcheck::from_api(s.env, s.lp), z, &cr), 1e-9);
+    EXPECT_LT(cr, 0.0);
+  }
+  // No rows: every call answers without a factor to lean on.
+  Session s;
+  double obj[2] = {1, -1}, lb[2] = {0, 0}, ub[2] = {3, 4};
+  int beg[2] = {0, 0}, cnt[2] = {0, 0}, ind[1] = {0};
+  double val[1] = {0};
+  ASSERT_EQ(VLTcopylp(s.env, s.lp, 2, 0, 1, obj, nullptr, nullptr, beg, cnt, ind, val, lb, ub, nullptr), 0);
+  ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+  ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
+  int pw = 0, list[2] = {0, 1};
+  EXPECT_EQ(VLTcheckpfeas(s.env, s.lp, &pw), 0);
+  EXPECT_EQ(pw, kNone);
+  double r[2], u[2];
+  int l[2], st[2];
+  ASSERT_EQ(VLTpratio(s.env, s.lp, list, 2, r, l, nullptr, st, u, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(st[0], 0);
+  EXPECT_EQ(l[0], kNone);
+  EXPECT_EQ(VLTmdleave(s.env, s.lp, list, 1, r, u), 1251);
+  EXPECT_EQ(VLTpivot(s.env, s.lp, 0, 0, 2), 0);
+  EXPECT_EQ(VLTpivotout(s.env, s.lp, list, 1), 1221);
+  EXPECT_EQ(VLTsetphase2(s.env, s.lp), 0);
 }

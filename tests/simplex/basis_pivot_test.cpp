@@ -124,6 +124,7 @@ TEST(BasisPivot, BoundMovesAndIllegalPivots) {
   EXPECT_EQ(VLTpivot(s.env, s.lp, 3, -1, 0), 1267);
   EXPECT_EQ(VLTpivot(s.env, s.lp, -3, 0, 0), 1267);
   EXPECT_EQ(VLTpivot(s.env, s.lp, kNone, kNone, 0), 1267);
+  EXPECT_EQ(VLTpivot(s.env, s.lp, 2, basic, 5), 1267);  // no such status
   // Leaving variable that is not basic.
   int other = kNone;
   for (int j = 0; j < 2; ++j)

@@ -330,6 +330,48 @@ TEST(DualEngine, SteepestEdgeWeightsTrackExactNorms) {
   }
 }
 
+// Full-space weights: 1 + ||rho||^2 + ||rho' A_N||^2 for every position,
+// kept by the update.  No fixed columns or equality rows, whose variables
+// the weights leave out once nonbasic.
+TEST(DualEngine, FullSpaceSteepestEdgeWeightsTrackExactNorms) {
+  std::mt19937 g(34);
+  model md = random_model(g, 30, 45, 0.3, true);
+  for (int j = 0; j < md.n; ++j)
+    if (md.lb[j] == md.ub[j]) md.ub[j] += 1.0;
+  for (int i = 0; i < md.m; ++i)
+    if (md.rlo[i] == md.rup[i]) md.rup[i] += 1.0;
+  int checked = 0;
+  for (int lim : {5, 12, 25}) {
+    dualopts o;
+    o.itlim = lim;
+    o.refactor = 1000;
+    o.pricing = 3;
+    run r;
+    solve(md, r, o);
+    if (r.status != kDualItLim) continue;
+    ++checked;
+    const dualprob &p = r.p;
+    std::vector<double> v(p.m);
+    for (int c = 0; c < p.m; ++c) {
+      r.e.fac->btran_row(c, v);
+      double s = 1.0;
+      for (double a : v) s += a * a;
+      for (int j = 0; j < p.n + p.m; ++j) {
+        if (r.e.status[j] == 1 || p.lb[j] == p.ub[j]) continue;
+        double a = 0.0;
+        if (j < p.n) {
+          for (int k = p.matbeg[j]; k < p.matbeg[j + 1]; ++k) a += v[p.matind[k]] * p.matval[k];
+        } else {
+          a = v[j - p.n] * p.slackval[j - p.n];
+        }
+        s += a * a;
+      }
+      EXPECT_NEAR(r.e.gamma[c], s, 1e-6 * s) << "position " << c << " after " << lim;
+    }
+  }
+  EXPECT_GT(checked, 0);
+}
+
 TEST(DualEngine, WarmStartAfterBoundChangeTakesFewIterations) {
   std::mt19937 g(13);
   int cold = 0, warm = 0;
