@@ -466,6 +466,17 @@ VLTAPI int VLTslackfromx(VLTENVptr env, VLTLPptr lp, const double *x, double *sl
 VLTAPI int VLTdjfrompi(VLTENVptr env, VLTLPptr lp, const double *pi, double *dj);
 VLTAPI int VLTEgetorigcolind(VLTENVptr env, VLTLPptr lp, int redcol);
 VLTAPI int VLTEgetorigrowind(VLTENVptr env, VLTLPptr lp, int redrow);
+VLTAPI int VLTbasicpresolve(VLTENVptr env, VLTLPptr lp, double *redlb, double *redub,
+                            int *rstat);
+VLTAPI int VLTcopyprotected(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices);
+VLTAPI int VLTgetprotected(VLTENVptr env, VLTLPptr lp, int *cnt_p, int *indices, int space,
+                           int *surplus_p);
+VLTAPI int VLTpreaddrows(VLTENVptr env, VLTLPptr lp, int rcnt, int nzcnt, const double *rhs,
+                         const char *sense, const int *rmatbeg, const int *rmatind,
+                         const double *rmatval, char **rowname);
+VLTAPI int VLTprechgobj(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                        const double *values);
+VLTAPI int VLTpreslvwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double *objoff_p);
 
 #ifdef __cplusplus
 }

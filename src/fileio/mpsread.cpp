@@ -365,7 +365,7 @@ int mpsreader::columnsline() {
   }
   if (n > 5) warnextra(t, 5, n);
   for (int k = 1; k < n && k < 5; k += 2) {
-    int r, mr;
+    int r = -1, mr = -1;
     double v;
     int rc = rowentry(t, k, n, &r, &mr, &v);
     if (rc) return rc;
@@ -445,7 +445,7 @@ int mpsreader::rimline(Section sec) {
   if (rc || !use) return rc;
   int nmax = std::min(n, kMaxTok);
   for (int k = first; k < nmax; k += 2) {
-    int r, mr;
+    int r = -1, mr = -1;
     double v;
     int rc = rowentry(t, k, nmax, &r, &mr, &v);
     if (rc) return rc;

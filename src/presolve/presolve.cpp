@@ -302,17 +302,51 @@ bool usable_start(const lp *p, int method) {
   return false;
 }
 
+// Statuses whose proof must be one of the user's model: infeasible,
+// unbounded, infeasible or unbounded.
+bool no_proof_status(int lpstat) { return lpstat == 2 || lpstat == 3 || lpstat == 4; }
+
+// Drops the presolve record and solves the user's model from its own start;
+// the iterations spent before are added to the run's counters.
+int settle(env *e, lp *p, kernelfn kernel, int itcnt, int phase1cnt) {
+  presolve_free(e, p);
+  soln_free(&p->soln);
+  parblock *pb = e->params;
+  const int advind = pb->advind;
+  pb->advind = 0;
+  int st = kernel(e, p);
+  pb->advind = advind;
+  if (p->soln) {
+    p->soln->itcnt += itcnt;
+    p->soln->phase1cnt += phase1cnt;
+  }
+  return st;
+}
+
 }  // namespace
 
 int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   presolve_register();
   parblock *pb = e->params;
-  presolve_free(e, p);
-  if (!pb->preind || (pb->advind && usable_start(p, method))) return kernel(e, p);
+  const bool warm = pb->advind && usable_start(p, method);
+  // A record made for this method with the same settings, and not yet used
+  // by a run that left a start on the model (VLTpresolve, possibly followed
+  // by VLTpreaddrows or VLTprechgobj), is solved as it stands.
+  const prerec *old = p->presolve;
+  const bool keep = old && !warm && pb->preind && old->method == method &&
+                    old->preind == pb->preind && old->prepass == pb->prepass &&
+                    old->aggind == pb->aggind && old->depind == pb->depind &&
+                    old->aggfill == pb->aggfill && old->predual == pb->predual &&
+                    old->reduce == pb->reduce && old->prelinear == pb->prelinear;
+  if (!keep) presolve_free(e, p);
+  if (!pb->preind || warm) return kernel(e, p);
   if (p->probtype != kTypeLP) return kernel(e, p);
-  const double t0 = now(e);
-  int st = presolve_run(e, p, method);
-  if (pb->simdisplay) msg(e->reschannel, "Presolve time = %7.2f sec.\n", now(e) - t0);
+  int st = 0;
+  if (!keep) {
+    const double t0 = now(e);
+    st = presolve_run(e, p, method);
+    if (pb->simdisplay) msg(e->reschannel, "Presolve time = %7.2f sec.\n", now(e) - t0);
+  }
   if (st == kNoMemory) {
     msg(e->warnchannel, "Insufficient memory for presolve.\n");
     return kernel(e, p);
@@ -342,6 +376,10 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
       redit = r->redlp->soln->itcnt;
       redp1 = r->redlp->soln->phase1cnt;
     }
+    // An infeasible or unbounded reduced problem is settled on the user's
+    // model from its own start, so that the proof (Farkas row or ray) is one
+    // of the user's model and not of a basis carried over from the other.
+    if (no_proof_status(r->redlp->lpstat)) return settle(e, p, kernel, redit, redp1);
   }
   // The clean-up starts from the postsolved basis, with pricing that needs
   // no exact norms: devex for the primal, unit initial norms for the dual.
@@ -358,6 +396,16 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   pb->perind = perind;
   pb->ppriind = ppriind;
   pb->dpriind = dpriind;
+  if (st == 0 && no_proof_status(p->lpstat)) {
+    // The reduced problem was solved but the clean-up found no optimum: the
+    // verdict comes from a fresh run on the user's model.
+    int it = redit, p1 = redp1;
+    if (p->soln) {
+      it += p->soln->itcnt;
+      p1 += p->soln->phase1cnt;
+    }
+    return settle(e, p, kernel, it, p1);
+  }
   if (p->soln) {
     p->soln->itcnt += redit;
     p->soln->phase1cnt += redp1;

@@ -3,6 +3,7 @@
 // and the reduced one.
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "model/lp.h"
@@ -16,6 +17,14 @@ enum : int {
   kOpForceMin = 9, kOpForceMax = 10,
   kOpFreeSingleton = 11, kOpFreeEmpty = 12,
   kOpSlackLower = 13, kOpSlackUpper = 14,
+};
+
+// Cost conditions of columns removed by dual reasoning (c in the
+// minimization sign): c < feastol, c > -feastol, c >= -opttol, c <= opttol,
+// |c| <= opttol.
+enum : char {
+  kDualNone = 0, kDualBelowFeas = 1, kDualAboveFeas = 2, kDualAtLeast = 3, kDualAtMost = 4,
+  kDualZero = 5,
 };
 
 // Values of colmap for removed columns.
@@ -64,6 +73,15 @@ struct prerec {
   std::vector<double> rowminfin, rowmaxfin;
   std::vector<int> rowmininf, rowmaxinf;
   std::vector<int> rowmap, colmap;
+  // 1 for a column the application protected: never substituted nor used
+  // as a slack column.  Empty when nothing is protected.
+  std::vector<char> frozen;
+  // For a column removed by reasoning on the sign of its cost, the condition
+  // that its cost met (kDual...); 0 for the others.
+  std::vector<char> dualgone;
+  // Entries in removed columns of rows added after presolve: per column,
+  // (row, coefficient).  Empty until rows are added.
+  std::vector<std::vector<std::pair<int, double>>> addedcol;
   // the model as loaded (ranged rows as "E" with their range column)
   std::vector<double> origlb, origub, origobj, origrhs;
   std::vector<char> origsense;
@@ -108,6 +126,11 @@ int remove_column(env *e, prerec *r, lp *p, int j, int position);
 int remove_row(env *e, prerec *r, lp *p, int i, int recheck);
 int column_test(env *e, prerec *r, lp *p, int j);
 void implied_bounds(const prerec *r, int j, double *lo, double *hi);
+
+inline bool frozencol(const prerec *r, int j) { return !r->frozen.empty() && r->frozen[j]; }
+// Whether cost c (minimization sign) still meets the condition under which
+// a column was removed.
+bool dual_condition_holds(const prerec *r, int cond, double c);
 
 inline bool rowlive(const prerec *r, int i) { return r->rowcnt[i] >= 0; }
 inline bool collive(const prerec *r, int j) { return r->colcnt[j] >= 0; }
@@ -154,5 +177,11 @@ void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
 // Maps the reduced problem's basis to the user's problem and installs it as
 // the user's start basis.  0 or a status.
 int postsolve_basis(env *e, lp *p);
+
+// Crushes the linear form sum val[k] x[ind[k]] over original columns into
+// reduced columns (entries below 1e-13 kept as 1e-13) plus a constant.
+// Returns 0, or 1121 when the form needs a column that cannot be expressed.
+int crush_linear(const prerec *r, int len, const int *ind, const double *val,
+                 std::vector<int> &outind, std::vector<double> &outval, double *offset);
 
 }  // namespace velto

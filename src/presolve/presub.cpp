@@ -216,7 +216,7 @@ int pre_free_singletons(env *e, prerec *r, lp *p) {
   while (again) {
     again = false;
     for (int j = 0; j < r->ncols; ++j) {
-      if (r->colcnt[j] != 1) continue;
+      if (r->colcnt[j] != 1 || frozencol(r, j)) continue;
       int i = -1;
       double a = 0.0;
       for (int k = r->cbeg[j]; k < r->cbeg[j] + r->clen[j]; ++k)
@@ -228,6 +228,7 @@ int pre_free_singletons(env *e, prerec *r, lp *p) {
       if (i < 0 || a == 0.0) continue;
       const double c = r->objsen * r->obj[j];
       const char s = r->sense[i];
+      char cond = kDualNone;
       if (s != 'E') {
         // The row will be active at an optimum only by the sign of the cost.
         if (r->reduce < 2) continue;
@@ -235,6 +236,7 @@ int pre_free_singletons(env *e, prerec *r, lp *p) {
         if (sg > 0 && !(c < r->feastol)) continue;
         if (sg < 0 && !(c > -r->feastol)) continue;
         if (std::fabs(r->rhs[i]) >= 1e10) continue;
+        cond = sg > 0 ? kDualBelowFeas : kDualAboveFeas;
       }
       // Bounds that the row implies for the column.
       double ilo = -kInfBound, ihi = kInfBound, act;
@@ -257,6 +259,7 @@ int pre_free_singletons(env *e, prerec *r, lp *p) {
       if (!lofree || !upfree) continue;
       log_row_definition(r, kOpFreeSingleton, i, j, a);
       shift_objective(r, i, j, a);
+      r->dualgone[j] = cond;
       r->colcnt[j] = -1;
       r->colmap[j] = kMapLinear;
       ++r->colsgone;
@@ -278,7 +281,7 @@ int pre_free_singletons(env *e, prerec *r, lp *p) {
 
 int pre_slack_columns(env *e, prerec *r, lp *p) {
   for (int j = 0; j < r->ncols; ++j) {
-    if (r->colcnt[j] != 1 || std::fabs(r->obj[j]) >= 1e-10) continue;
+    if (r->colcnt[j] != 1 || std::fabs(r->obj[j]) >= 1e-10 || frozencol(r, j)) continue;
     if (r->lb[j] <= -kInfBound && r->ub[j] >= kInfBound) continue;
     int i = -1;
     for (int k = r->cbeg[j]; k < r->cbeg[j] + r->clen[j]; ++k)
@@ -309,8 +312,10 @@ int pre_slack_columns(env *e, prerec *r, lp *p) {
         continue;
       }
     }
-    if (std::fabs(r->obj[j]) > 1e-10) shift_objective(r, i, j, a);
+    // The record keeps the cost the column had; postsolve adds its share
+    // to the row's dual.
     log_row_definition(r, op, i, j, a);
+    shift_objective(r, i, j, a);
     int st = remove_column(e, r, p, j, pos);
     if (st) return st;
     r->colmap[j] = kMapLinear;

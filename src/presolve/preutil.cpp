@@ -169,6 +169,13 @@ int presolve_load(env *e, lp *p, int method, prerec **out) {
     r->origrhs = r->rhs;
     r->origsense = r->sense;
     r->log.reserve(static_cast<size_t>(0.1 * (m + nc)) + 1);
+    r->dualgone.assign(nc, kDualNone);
+    // Protected columns, stored on the problem by VLTcopyprotected.
+    if (p->auxcount > 0 && p->aux) {
+      r->frozen.assign(nc, 0);
+      for (int k = 0; k < p->auxcount; ++k)
+        if (p->aux[k] >= 0 && p->aux[k] < n) r->frozen[p->aux[k]] = 1;
+    }
   } catch (const std::bad_alloc &) {
     delete r;
     return kNoMemory;
@@ -323,9 +330,28 @@ int column_test(env *e, prerec *r, lp *p, int j) {
       msg(e->reschannel, "Dual infeasible due to empty column '%.255s'.\n", pre_colname(r, p, j));
     return 1101;
   }
-  if (c >= -r->opttol && lo > -kInfBound) return log_and_remove(e, r, p, j, kOpAtLower, 0);
-  if (c <= r->opttol && up < kInfBound) return log_and_remove(e, r, p, j, kOpAtUpper, 1);
+  // The sign of the cost decides where the column goes.
+  if (c >= -r->opttol && lo > -kInfBound) {
+    r->dualgone[j] = kDualAtLeast;
+    return log_and_remove(e, r, p, j, kOpAtLower, 0);
+  }
+  if (c <= r->opttol && up < kInfBound) {
+    r->dualgone[j] = kDualAtMost;
+    return log_and_remove(e, r, p, j, kOpAtUpper, 1);
+  }
+  r->dualgone[j] = kDualZero;
   return log_and_remove(e, r, p, j, kOpFreeEmpty, 2);
+}
+
+bool dual_condition_holds(const prerec *r, int cond, double c) {
+  switch (cond) {
+    case kDualBelowFeas: return c < r->feastol;
+    case kDualAboveFeas: return c > -r->feastol;
+    case kDualAtLeast: return c >= -r->opttol;
+    case kDualAtMost: return c <= r->opttol;
+    case kDualZero: return std::fabs(c) <= r->opttol;
+    default: return true;
+  }
 }
 
 void implied_bounds(const prerec *r, int j, double *plo, double *phi) {

@@ -42,8 +42,16 @@ void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
     const int *ind = rec_ind(r, u);
     const double *val = rec_val(r, u);
     const int len = u.len;
+    // The share of rows added after presolve in the reduced cost of a
+    // removed column.
+    auto added = [&](int j) {
+      double d = 0.0;
+      if (!r->addedcol.empty())
+        for (const auto &t : r->addedcol[j]) d += pi[t.first] * t.second;
+      return d;
+    };
     auto reduced_cost = [&]() {
-      double d = sgn * u.cost;
+      double d = sgn * u.cost - added(u.index);
       for (int k = 0; k < len; ++k) d -= pi[ind[k]] * val[k];
       return d;
     };
@@ -131,13 +139,17 @@ void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
         double s = b;
         for (int k = 3; k < len; ++k) s -= val[k] * x[ind[k]];
         x[j] = s / a;
+        const double ex = added(j);
         if (u.op == kOpFreeSingleton) {
           cs[j] = 1;
           rs[i] = 0;
-          pi[i] = c / a;
+          pi[i] = (c - ex) / a;
           dj[j] = 0.0;
         } else {
-          dj[j] = c - pi[i] * a;
+          // The column's cost went onto the row's other columns: the row's
+          // dual in the user's model carries it back.
+          pi[i] += (c - ex) / a;
+          dj[j] = c - pi[i] * a - ex;
           if (cs[j] < 0) cs[j] = u.op == kOpSlackLower ? rs[i] : 2 - rs[i];
           rs[i] = 0;
         }
@@ -288,6 +300,54 @@ void column_definitions(const prerec *r, std::vector<coldef> &defs) {
 }
 
 }  // namespace
+
+int velto::crush_linear(const prerec *r, int len, const int *ind, const double *val,
+                 std::vector<int> &outind, std::vector<double> &outval, double *offset_p) {
+  outind.clear();
+  outval.clear();
+  *offset_p = 0.0;
+  std::vector<double> work(r->ncols, 0.0);
+  std::vector<char> touched(r->ncols, 0);
+  std::vector<int> list;
+  auto add = [&](int j, double v) {
+    if (!touched[j]) {
+      touched[j] = 1;
+      list.push_back(j);
+    }
+    work[j] += v;
+    // A cancelled coefficient keeps its place in the list.
+    if (std::fabs(work[j]) < 1e-13) work[j] = 1e-13;
+  };
+  bool expand = false;
+  for (int k = 0; k < len; ++k) {
+    if (std::fabs(val[k]) < 1e-13) continue;
+    if (r->colmap[ind[k]] == kMapNonlinear) return 1121;
+    add(ind[k], val[k]);
+    expand |= r->colmap[ind[k]] < 0;
+  }
+  double offset = 0.0;
+  if (expand) {
+    std::vector<coldef> defs;
+    column_definitions(r, defs);
+    // A definition refers only to columns removed later, so one pass
+    // oldest first replaces every removed column.
+    for (const coldef &d : defs) {
+      const int j = d.col;
+      if (!touched[j] || work[j] == 0.0) continue;
+      const double w = work[j];
+      work[j] = 0.0;
+      offset += w * d.constant;
+      for (const auto &t : d.terms) add(t.first, w * t.second);
+    }
+  }
+  for (int j : list) {
+    if (work[j] == 0.0 || r->colmap[j] < 0) continue;
+    outind.push_back(r->colmap[j]);
+    outval.push_back(work[j]);
+  }
+  *offset_p = offset;
+  return 0;
+}
 
 extern "C" {
 
@@ -472,49 +532,15 @@ int VLTcrushform(VLTENVptr env, VLTLPptr lp, int len, const int *ind, const doub
     *plen_p = 0;
     *poffset_p = 0.0;
     if (len == 0) return 0;
-    std::vector<double> work(r->ncols, 0.0);
-    std::vector<char> touched(r->ncols, 0);
-    std::vector<int> list;
-    auto add = [&](int j, double v) {
-      if (!touched[j]) {
-        touched[j] = 1;
-        list.push_back(j);
-      }
-      work[j] += v;
-      // A cancelled coefficient keeps its place in the list.
-      if (std::fabs(work[j]) < 1e-13) work[j] = 1e-13;
-    };
-    bool expand = false;
-    for (int k = 0; k < len; ++k) {
-      if (std::fabs(val[k]) < 1e-13) continue;
-      if (r->colmap[ind[k]] == kMapNonlinear) return 1121;
-      add(ind[k], val[k]);
-      expand |= r->colmap[ind[k]] < 0;
-    }
+    std::vector<int> oi;
+    std::vector<double> ov;
     double offset = 0.0;
-    if (expand) {
-      std::vector<coldef> defs;
-      column_definitions(r, defs);
-      // A definition refers only to columns removed later, so one pass
-      // oldest first replaces every removed column.
-      for (const coldef &d : defs) {
-        const int j = d.col;
-        if (!touched[j] || work[j] == 0.0) continue;
-        const double w = work[j];
-        work[j] = 0.0;
-        offset += w * d.constant;
-        for (const auto &t : d.terms) add(t.first, w * t.second);
-      }
-    }
-    int cnt = 0;
-    for (int j : list) {
-      if (work[j] == 0.0) continue;
-      if (r->colmap[j] >= 0) {
-        pind[cnt] = r->colmap[j];
-        pval[cnt++] = work[j];
-      }
-    }
-    *plen_p = cnt;
+    s = crush_linear(r, len, ind, val, oi, ov, &offset);
+    if (s) return s;
+    if (!oi.empty() && (pind == nullptr || pval == nullptr)) return static_cast<int>(kNullPointer);
+    std::copy(oi.begin(), oi.end(), pind);
+    std::copy(ov.begin(), ov.end(), pval);
+    *plen_p = static_cast<int>(oi.size());
     *poffset_p = offset;
     return 0;
   }));

@@ -11,6 +11,7 @@
 
 #include "common/reference.h"
 #include "presolve/kkt.h"
+#include "common/lpcheck.h"
 #include "velto.h"
 
 using namespace velto_test;
@@ -100,6 +101,37 @@ TEST(NetlibPresolve, SameOptimumWithAndWithoutPresolve) {
     }
   }
   std::printf("models reduced %ld, clean-up iterations in total %ld\n", reduced, cleanup);
+}
+
+TEST(NetlibPresolve, InfeasibleModelsGiveAProofOfTheUserModel) {
+  if (!std::filesystem::exists(datadir() + "/infeas/REFERENCE.tsv"))
+    GTEST_SKIP() << "public model folder " << datadir() << "/infeas not found (set VELTO_DATA)";
+  for (const refentry &e : readreference("infeas")) {
+    SCOPED_TRACE(e.name);
+    for (int method = 1; method <= 2; ++method) {
+      SCOPED_TRACE(method == 1 ? "primal" : "dual");
+      int st = 0;
+      VLTENVptr env = VLTopenVELTO(&st);
+      VLTLPptr lp = VLTcreateprob(env, &st, e.name.c_str());
+      VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
+      VLTsetintparam(env, VLT_PARAM_PREDISP, 0);
+      ASSERT_EQ(VLTreadcopyprob(env, lp, modelpath("infeas", e.name).c_str(), nullptr), 0);
+      ASSERT_EQ(method == 1 ? VLTprimopt(env, lp) : VLTdualopt(env, lp), 0);
+      EXPECT_EQ(VLTgetstat(env, lp), 3);
+      if (method == 2 && VLTgetstat(env, lp) == 3) {
+        // The dual's proof is one of the user's model, whatever presolve did.
+        lpcheck::model m = lpcheck::from_api(env, lp);
+        std::vector<double> y(m.m);
+        double proof = 0;
+        ASSERT_EQ(VLTdualfarkas(env, lp, y.data(), &proof), 0);
+        const double gap = lpcheck::farkas_gap(m, y);
+        EXPECT_GT(gap, 0.0);
+        EXPECT_NEAR(proof, gap, 1e-6 * std::max(1.0, std::fabs(gap)));
+      }
+      VLTfreeprob(env, &lp);
+      VLTcloseVELTO(&env);
+    }
+  }
 }
 
 }  // namespace

@@ -49,10 +49,10 @@ inline verdict kkt_check(const model &d, const std::vector<double> &x,
   for (double &e : y) e *= d.objsen;  // the checker's minimization sign
   int at = -1;
   v.dinf = lpcheck::dual_violation(d, x, y, 1e-6, &at);
-  if (v.dinf > 1e-6) v.worst += " " + place(d, at) + " dual infeasible or not complementary";
+  if (v.dinf > 1e-6) v.worst.append(" ").append(place(d, at)).append(" dual infeasible or not complementary");
   if (slack) {
     v.slackerr = lpcheck::slack_error(d, x, *slack, &at);
-    if (v.slackerr > 1e-6) v.worst += " " + place(d, at) + " slack";
+    if (v.slackerr > 1e-6) v.worst.append(" ").append(place(d, at)).append(" slack");
   }
   if (dj) {
     const std::vector<double> r = lpcheck::reduced_costs(d, y);
@@ -60,7 +60,7 @@ inline verdict kkt_check(const model &d, const std::vector<double> &x,
       const double e = std::fabs(d.objsen * (*dj)[j] - r[j]) / lpcheck::dj_scale(d, y, j);
       if (e > v.djerr) {
         v.djerr = e;
-        if (e > 1e-6) v.worst += " column " + std::to_string(j) + " reduced cost";
+        if (e > 1e-6) v.worst.append(" column ").append(std::to_string(j)).append(" reduced cost");
       }
     }
   }

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "common/dense.h"
 #include "velto.h"
 
 namespace basistest {
@@ -129,35 +130,7 @@ inline Dense random_model(std::mt19937 &g, int m, int n, bool withE = true) {
   return d;
 }
 
-// Gauss-Jordan inverse of a row-major square matrix; false when singular.
-inline bool invert(std::vector<double> a, int m, std::vector<double> &inv) {
-  inv.assign(static_cast<size_t>(m) * m, 0.0);
-  for (int i = 0; i < m; ++i) inv[i * m + i] = 1.0;
-  for (int c = 0; c < m; ++c) {
-    int p = c;
-    for (int r = c + 1; r < m; ++r)
-      if (std::fabs(a[r * m + c]) > std::fabs(a[p * m + c])) p = r;
-    if (std::fabs(a[p * m + c]) < 1e-12) return false;
-    for (int k = 0; k < m; ++k) {
-      std::swap(a[p * m + k], a[c * m + k]);
-      std::swap(inv[p * m + k], inv[c * m + k]);
-    }
-    double d = a[c * m + c];
-    for (int k = 0; k < m; ++k) {
-      a[c * m + k] /= d;
-      inv[c * m + k] /= d;
-    }
-    for (int r = 0; r < m; ++r) {
-      if (r == c || a[r * m + c] == 0.0) continue;
-      double f = a[r * m + c];
-      for (int k = 0; k < m; ++k) {
-        a[r * m + k] -= f * a[c * m + k];
-        inv[r * m + k] -= f * inv[c * m + k];
-      }
-    }
-  }
-  return true;
-}
+using densela::invert;
 
 // The basis as the library reports it, with everything derived densely.
 struct Basis {
