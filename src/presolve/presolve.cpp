@@ -328,12 +328,25 @@ int settle(env *e, lp *p, kernelfn kernel, int itcnt, int phase1cnt) {
 int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   presolve_register();
   parblock *pb = e->params;
-  presolve_free(e, p);
-  if (!pb->preind || (pb->advind && usable_start(p, method))) return kernel(e, p);
+  const bool warm = pb->advind && usable_start(p, method);
+  // A record made for this method with the same settings, and not yet used
+  // by a run that left a start on the model (VLTpresolve, possibly followed
+  // by VLTpreaddrows or VLTprechgobj), is solved as it stands.
+  const prerec *old = p->presolve;
+  const bool keep = old && !warm && pb->preind && old->method == method &&
+                    old->preind == pb->preind && old->prepass == pb->prepass &&
+                    old->aggind == pb->aggind && old->depind == pb->depind &&
+                    old->aggfill == pb->aggfill && old->predual == pb->predual &&
+                    old->reduce == pb->reduce && old->prelinear == pb->prelinear;
+  if (!keep) presolve_free(e, p);
+  if (!pb->preind || warm) return kernel(e, p);
   if (p->probtype != kTypeLP) return kernel(e, p);
-  const double t0 = now(e);
-  int st = presolve_run(e, p, method);
-  if (pb->simdisplay) msg(e->reschannel, "Presolve time = %7.2f sec.\n", now(e) - t0);
+  int st = 0;
+  if (!keep) {
+    const double t0 = now(e);
+    st = presolve_run(e, p, method);
+    if (pb->simdisplay) msg(e->reschannel, "Presolve time = %7.2f sec.\n", now(e) - t0);
+  }
   if (st == kNoMemory) {
     msg(e->warnchannel, "Insufficient memory for presolve.\n");
     return kernel(e, p);

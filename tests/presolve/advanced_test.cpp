@@ -254,6 +254,48 @@ TEST(PresolveChangeObjective, CostThatBreaksADualReductionDropsTheRecord) {
   EXPECT_EQ(VLTprechgobj(s.env, s.lp, 1, badidx, val2), 1201);
 }
 
+TEST(PresolveChangeObjective, OptimizerSolvesTheRecordAsChanged) {
+  lpdef d = mixed_model();
+  session s(d);
+  ASSERT_EQ(VLTpresolve(s.env, s.lp, 2), 0);
+  VLTLPptr red = nullptr;
+  VLTgetredlp(s.env, s.lp, &red);
+  const int redrows = VLTgetnumrows(s.env, red);
+  const int beg[1] = {0};
+  const int ind[4] = {X0, X3, X4, X5};
+  const double val[4] = {1, 1, 1, 1};
+  const double rhs[1] = {6};
+  const char sense[1] = {'L'};
+  ASSERT_EQ(VLTpreaddrows(s.env, s.lp, 1, 4, rhs, sense, beg, ind, val, nullptr), 0);
+  const int idx[2] = {X2, X4};
+  const double obj[2] = {-2, 0.5};
+  ASSERT_EQ(VLTprechgobj(s.env, s.lp, 2, idx, obj), 0);
+  d.row({{X0, 1}, {X3, 1}, {X4, 1}, {X5, 1}}, 'L', 6);
+  d.obj[X2] = -2;
+  d.obj[X4] = 0.5;
+  const double opt = plain_optimum(d);
+  // The optimizer works on the record as it stands: the same reduced
+  // problem, with the added row.
+  ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_PREIND, 1), 0);
+  ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 1), 0);
+  s.env.res.clear();
+  ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
+  ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
+  EXPECT_EQ(s.env.res.all().find("Presolve"), std::string::npos) << s.env.res.all();
+  VLTLPptr after = nullptr;
+  VLTgetredlp(s.env, s.lp, &after);
+  EXPECT_EQ(after, red);
+  EXPECT_EQ(VLTgetnumrows(s.env, after), redrows + 1);
+  model m = readmodel(s.env, s.lp);
+  std::vector<double> x(m.n), pi(m.m), slack(m.m), dj(m.n);
+  double z = 0;
+  ASSERT_EQ(VLTsolution(s.env, s.lp, nullptr, &z, x.data(), pi.data(), slack.data(), dj.data()), 0);
+  EXPECT_NEAR(z, opt, 1e-9);
+  verdict v = kkt_check(m, x, pi, &slack, &dj);
+  EXPECT_TRUE(v.ok()) << describe(v);
+  EXPECT_EQ(VLTgetitcnt(s.env, s.lp), VLTgetitcnt(s.env, red)) << "clean-up iterations";
+}
+
 TEST(PresolveBasic, ImpliedBoundsAndRedundantRowsOfASmallModel) {
   lpdef d;
   int x0 = d.col(1, 0, 10), x1 = d.col(1, 0, 10), x2 = d.col(1, -INF, INF);
@@ -284,14 +326,14 @@ TEST(PresolveBasic, ImpliedBoundsAndRedundantRowsOfASmallModel) {
   EXPECT_EQ(t.env.err.all(), "VELTO Error  1117: Presolve determines problem is infeasible.\n");
 }
 
-TEST(PresolveBasic, ImpliedBoundsContainEveryFeasiblePointOfAfiro) {
-  const std::string file = std::string(VELTO_DATA_DEFAULT) + "/netlib/afiro.mps.gz";
+TEST(PresolveBasic, ImpliedBoundsAndRedundantRowsHoldOnRecipe) {
+  const std::string file = std::string(VELTO_DATA_DEFAULT) + "/netlib/recipe.mps.gz";
   const char *dir = std::getenv("VELTO_DATA");
-  const std::string path = dir ? std::string(dir) + "/netlib/afiro.mps.gz" : file;
+  const std::string path = dir ? std::string(dir) + "/netlib/recipe.mps.gz" : file;
   if (!std::filesystem::exists(path)) GTEST_SKIP() << "public model " << path << " not found";
   vtest::Env env;
   int st = 0;
-  VLTLPptr lp = VLTcreateprob(env, &st, "afiro");
+  VLTLPptr lp = VLTcreateprob(env, &st, "recipe");
   VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
   VLTsetintparam(env, VLT_PARAM_PREIND, 0);
   ASSERT_EQ(VLTreadcopyprob(env, lp, path.c_str(), nullptr), 0);
@@ -342,6 +384,7 @@ TEST(PresolveBasic, ImpliedBoundsContainEveryFeasiblePointOfAfiro) {
     }
   }
   EXPECT_GT(tighter, 0);
+  EXPECT_GT(redundant, 0);
   // Taking out the redundant rows leaves the optimum.
   ASSERT_EQ(VLTchgobj(env, lp, m.n, all.data(), c0.data()), 0);
   ASSERT_EQ(VLTdualopt(env, lp), 0);
@@ -358,7 +401,7 @@ TEST(PresolveBasic, ImpliedBoundsContainEveryFeasiblePointOfAfiro) {
   ASSERT_EQ(VLTdualopt(env, lp), 0);
   VLTgetobjval(env, lp, &z1);
   EXPECT_NEAR(z0, z1, 1e-9 * (1 + std::fabs(z0)));
-  std::printf("afiro: %d redundant rows, %d columns with tighter bounds\n", redundant, tighter);
+  std::printf("recipe: %d redundant rows, %d columns with tighter bounds\n", redundant, tighter);
   VLTfreeprob(env, &lp);
 }
 
