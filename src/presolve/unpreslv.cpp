@@ -476,9 +476,9 @@ int VLTgetprestat(VLTENVptr env, VLTLPptr lp, int *prestat_p, int *pcstat, int *
     if (prstat)
       for (int i = 0; i < r->nrows; ++i) {
         int q = r->rowmap[i];
-        // A row that became an inequality through a slack column reads as
-        // taken over.
-        if (q >= 0 && r->redlp && r->origsense[i] == 'E' && r->sense[i] != 'E') q = -3;
+        // A row that became an equality in the reduced problem reads as
+        // merged; a row that lost its slack column keeps its index.
+        if (q >= 0 && r->redlp && r->origsense[i] != 'E' && r->sense[i] == 'E') q = -3;
         prstat[i] = q;
       }
     if (r->redlp) {

@@ -157,6 +157,24 @@ TEST(PresolveProtected, ProtectedColumnsAreNeitherSubstitutedNorSlacks) {
   EXPECT_GE(s.colmap()[X4], 0);
 }
 
+TEST(PresolveMaps, RowThatLostItsSlackColumnKeepsItsReducedIndex) {
+  session s(mixed_model());
+  ASSERT_EQ(VLTpresolve(s.env, s.lp, 2), 0);
+  VLTLPptr red = nullptr;
+  VLTgetredlp(s.env, s.lp, &red);
+  ASSERT_NE(red, nullptr);
+  std::vector<int> pr(5), orr(VLTgetnumrows(s.env, red));
+  ASSERT_EQ(VLTgetprestat(s.env, s.lp, nullptr, nullptr, pr.data(), nullptr, orr.data()), 0);
+  // r3 became x1 + x2 <= 8 when x5 went; r2 went with the free x4.
+  ASSERT_GE(pr[3], 0);
+  EXPECT_EQ(orr[pr[3]], 3);
+  char sense = 0;
+  VLTgetsense(s.env, red, &sense, pr[3], pr[3]);
+  EXPECT_EQ(sense, 'L');
+  EXPECT_EQ(pr[2], -2);
+  EXPECT_EQ(VLTEgetorigrowind(s.env, s.lp, pr[3]), 3);
+}
+
 TEST(PresolveAddRows, RowsOnRemovedColumnsKeepTheReducedProblemEquivalent) {
   lpdef d = mixed_model();
   session s(d);
