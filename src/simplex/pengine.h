@@ -86,6 +86,11 @@ struct pengine {
   int perturbcount = 0;            // perturbations made in this run
   double pertsize = 1e-6;          // current size
   uint32_t pertseed = 1234567u;    // generator of the random amounts
+  // Phase 1 ended on the perturbed bounds with a residue of infeasibility:
+  // the perturbation was taken away to finish phase 1 on the true bounds
+  // and comes back, same size, once phase 2 starts.
+  bool pertpending = false;
+  int phase1removals = 0;
   // Progress monitor: iterations without progress start a perturbation.
   double proglastobj = 0.0;        // measure at the last reset
   int proglastcheck = 0;           // iteration of the last exact check
@@ -147,7 +152,7 @@ struct pengine {
 
   // ---- pperturb.cpp ----
   void perturb_init();                        // sizes and limits of a run
-  void perturb_bounds();                      // start or renew a perturbation
+  void perturb_bounds(bool keepsize = false);  // start or renew a perturbation
   void perturb_entering(int q);               // extend it to an entering variable
   void remove_perturbation();
   void progress_reset();

@@ -158,6 +158,19 @@ void pengine::refresh() {
       if (reinv > 20) reinv = std::max(20, reinv / 2);
     }
   }
+  if (perturbed && phase == 2) {
+    // Under a perturbation, basic values that the fresh solve puts a hair
+    // outside their working bounds move those bounds instead of sending the
+    // run back to phase 1; the clean bounds return at the end anyway.
+    for (int k = 0; k < m; ++k) {
+      int j = b.head[k];
+      double x = b.x[j];
+      if (x < lbw[j] - feastol && lbw[j] - x <= 1e-4 * (1.0 + std::fabs(lbw[j])))
+        lbw[j] = x;
+      else if (x > ubw[j] + feastol && x - ubw[j] <= 1e-4 * (1.0 + std::fabs(ubw[j])))
+        ubw[j] = x;
+    }
+  }
   set_phase_costs();
   compute_pi();
   compute_dj();

@@ -46,9 +46,9 @@ void pengine::perturb_init() {
 // Moves the finite bounds of the basic variables outward by r x size, r
 // uniform in (0, 1).  The first perturbation has the caller's size; later
 // ones a tenth of the previous size, at most 1e-6.
-void pengine::perturb_bounds() {
+void pengine::perturb_bounds(bool keepsize) {
   ++perturbcount;
-  if (perturbcount > 1) pertsize = std::min(0.1 * pertsize, 1e-6);
+  if (perturbcount > 1 && !keepsize) pertsize = std::min(0.1 * pertsize, 1e-6);
   for (int k = 0; k < m; ++k) perturb_entering(b.head[k]);
   perturbed = true;
   logf(perturbcount == 1 ? "Perturbation started.\n" : "Reperturbation started.\n");

@@ -135,6 +135,11 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
       e.price_init();
       e.logf(e.itcnt == 0 ? "Using devex.\n" : "Switched to devex.\n");
     }
+    if (e.pertpending && e.phase == 2) {
+      e.pertpending = false;
+      e.perturb_bounds(true);
+      e.progress_reset();
+    }
     if (partial_mode(e.pricing)) e.compute_pi();
     else if (!e.djvalid) { e.compute_pi(); e.compute_dj(); }
 
@@ -146,7 +151,16 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
         e.nrejected = 0;
         continue;
       }
-      if (e.perturbed) { e.remove_perturbation(); continue; }
+      if (e.perturbed) {
+        // A phase 1 that stops short on perturbed bounds finishes on the true
+        // ones; phase 2 then gets its perturbation back.
+        if (e.phase == 1 && e.phase1removals < 2) {
+          ++e.phase1removals;
+          e.pertpending = true;
+        }
+        e.remove_perturbation();
+        continue;
+      }
       res.lpstat = e.phase == 1 ? kPInfeasible : kPOptimal;
       break;
     }
