@@ -444,6 +444,9 @@ VLTAPI int VLTpivotout(VLTENVptr env, VLTLPptr lp, const int *clist, int clen);
 VLTAPI int VLTcopypartialbase(VLTENVptr env, VLTLPptr lp, int ccnt, const int *cindices,
                               const int *cstat, int rcnt, const int *rindices,
                               const int *rstat);
+/* solution quality */
+VLTAPI double VLTgetkappa(VLTENVptr env, VLTLPptr lp);
+VLTAPI double VLTgetExactkappa(VLTENVptr env, VLTLPptr lp);
 /* presolve */
 VLTAPI int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method);
 VLTAPI int VLTfreepresolve(VLTENVptr env, VLTLPptr lp);

@@ -1,6 +1,9 @@
 // Kernel frame around the primal iterations.
 #include "simplex/pkernel.h"
 
+#include "simplex/lufactor.h"
+#include "simplex/quality.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -41,6 +44,24 @@ void unscaled_measures(const wprob &u, const std::vector<signed char> &stat,
   }
 }
 
+// Values of a run on `s` in the units of `u`, with the largest primal and
+// dual infeasibilities in both.
+void unscale_result(const wprob &u, const wprob &s, const pbasis &b, const presult &r,
+                    std::vector<double> &x, std::vector<double> &d, std::vector<double> &pi,
+                    double &pinf, double &dinf, double &pinfs, double &dinfs) {
+  const int n = u.n, m = u.m;
+  x.resize(n + m);
+  d.resize(n + m);
+  pi.resize(m);
+  for (int j = 0; j < n + m; ++j) {
+    x[j] = r.x[j] / s.vscale[j];
+    d[j] = r.d[j] * s.vscale[j];
+  }
+  for (int i = 0; i < m; ++i) pi[i] = r.pi[i] / s.rscale[i];
+  unscaled_measures(u, b.stat, x, d, pinf, dinf);
+  unscaled_measures(s, b.stat, r.x, r.d, pinfs, dinfs);
+}
+
 }  // namespace
 
 void primal_kernel_view(const lpview &v, const kconfig &cfg, const phooks &hk,
@@ -63,45 +84,53 @@ void primal_kernel_view(const lpview &v, const kconfig &cfg, const phooks &hk,
   }
   poptions opt = cfg.opt;
   opt.scaled_log = s.scaled;
+  opt.want_kappa = s.scaled && cfg.rerun;
   presult r;
   primal_run(s, b, opt, hk, iter0, 0, r);
   out.passes = 1;
   if (r.err) { out.err = r.err; out.itcnt = r.itcnt; return; }
-  // Unscale.
-  std::vector<double> x(n + m), d(n + m), pi(m);
-  for (int j = 0; j < n + m; ++j) {
-    x[j] = r.x[j] / s.vscale[j];
-    d[j] = r.d[j] * s.vscale[j];
-  }
-  for (int i = 0; i < m; ++i) pi[i] = r.pi[i] / s.rscale[i];
-  double pinf, dinf;
-  unscaled_measures(u, b.stat, x, d, pinf, dinf);
-  double pinfs = 0, dinfs = 0;
-  unscaled_measures(s, b.stat, r.x, r.d, pinfs, dinfs);
+  std::vector<double> x, d, pi;
+  double pinf, dinf, pinfs, dinfs;
+  unscale_result(u, s, b, r, x, d, pi, pinf, dinf, pinfs, dinfs);
   if (s.scaled && cfg.rerun && r.lpstat == kPOptimal &&
       (pinf > opt.feastol || dinf > opt.opttol)) {
-    // Clean-up pass on the unscaled model from the final basis.
+    // Second pass, on the unscaled model from the final basis.  It is given
+    // up at once when that basis is too ill-conditioned in the user's units.
     pbasis ub = b;
     for (int j = 0; j < n + m; ++j) ub.x[j] = x[j];
     pbasis_settle(u, ub);
     presult r2;
     poptions o2 = cfg.opt;
     o2.scaled_log = false;
-    if (o2.pricing == kPriceAuto) o2.pricing = r.pricing_used;
-    if (o2.pricing == kPriceAuto) o2.pricing = kPriceDevex;
-    o2.itlim = std::min<long>(cfg.opt.itlim, (long)r.itcnt + std::max(1000, 2 * m));
+    o2.kappa_check = 1;
+    o2.pricing = r.pricing_used;
+    o2.itlim = cleanup_itlim(r.itcnt, r.objval, r.kappa, cfg.opt.itlim);
     primal_run(u, ub, o2, hk, r.itcnt, r.phase1cnt, r2);
     out.passes = 2;
-    if (!r2.err && (r2.lpstat == kPOptimal || r2.lpstat == kPInfeasible ||
-                    r2.lpstat == kPUnbounded)) {
+    if (r2.err == 0 && r2.lpstat != kPItLim && r2.lpstat != kPTimeLim && r2.lpstat != kPAbort) {
       b = ub;
       r = r2;
-      x = r2.x;
-      d = r2.d;
-      pi = r2.pi;
-      unscaled_measures(u, b.stat, x, d, pinf, dinf);
-      pinfs = pinf;
-      dinfs = dinf;
+      unscale_result(u, u, b, r, x, d, pi, pinf, dinf, pinfs, dinfs);
+    } else if (r2.err != 0 && r2.err != kLuSingular) {
+      out.err = r2.err;
+      out.itcnt = r2.itcnt;
+      return;
+    } else {
+      // The unscaled pass failed: a third pass goes back to the scaled
+      // model from where the second one stopped, with the user's limit.
+      pbasis sb = ub;
+      for (int j = 0; j < n + m; ++j) sb.x[j] = ub.x[j] * s.vscale[j];
+      pbasis_settle(s, sb);
+      presult r3;
+      poptions o3 = cfg.opt;
+      o3.scaled_log = true;
+      o3.pricing = r.pricing_used;
+      primal_run(s, sb, o3, hk, r2.itcnt, r2.phase1cnt, r3);
+      out.passes = 3;
+      if (r3.err) { out.err = r3.err; out.itcnt = r3.itcnt; return; }
+      b = sb;
+      r = r3;
+      unscale_result(u, s, b, r, x, d, pi, pinf, dinf, pinfs, dinfs);
     }
   }
   out.itcnt = r.itcnt;

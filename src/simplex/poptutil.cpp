@@ -1,4 +1,4 @@
-// Basic values, duals, phases and perturbation of the primal engine.
+// Basic values, duals and phases of the primal engine.
 #include <algorithm>
 #include <cmath>
 
@@ -21,52 +21,6 @@ double pengine::coldot(int j, const double *y) const {
   return s;
 }
 
-// Factorizes the basis in b.head; singular positions are replaced by the
-// logicals of the rows left over and the variables that go out are put at
-// a bound.
-int pengine::refactor() {
-  std::vector<int> badpos, badrow;
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    bcbeg.resize(m);
-    bclen.resize(m);
-    bcind.clear();
-    bcval.clear();
-    for (int k = 0; k < m; ++k) {
-      int j = b.head[k];
-      bcbeg[k] = (int)bcind.size();
-      if (j >= n) {
-        bcind.push_back(j - n);
-        bcval.push_back(1.0);
-      } else {
-        for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) {
-          bcind.push_back(p.cind[t]);
-          bcval.push_back(p.cval[t]);
-        }
-      }
-      bclen[k] = (int)bcind.size() - bcbeg[k];
-    }
-    f.threshold = markowitz;
-    int bad = f.factor(m, bcbeg, bclen, bcind.data(), bcval.data(), badpos, badrow);
-    ++refactors;
-    fresh = true;
-    if (bad == 0) return 0;
-    for (size_t t = 0; t < badpos.size(); ++t) {
-      int k = badpos[t];
-      int j = b.head[k];
-      int s = n + badrow[t];
-      pos[j] = -1;
-      if (std::isfinite(lbw[j])) { b.stat[j] = kAtLower; b.x[j] = lbw[j]; }
-      else if (std::isfinite(ubw[j])) { b.stat[j] = kAtUpper; b.x[j] = ubw[j]; }
-      else { b.stat[j] = kFree; b.x[j] = 0.0; }
-      b.head[k] = s;
-      pos[s] = k;
-      b.stat[s] = kBasic;
-    }
-    djvalid = false;
-  }
-  return 1256;
-}
-
 void pengine::compute_xb() {
   wvec &v = col;
   v.clear();
@@ -81,7 +35,7 @@ void pengine::compute_xb() {
       for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) v.val[p.cind[t]] -= p.cval[t] * xj;
     }
   }
-  f.ftran(v);
+  ftran(v);
   for (int k = 0; k < m; ++k) b.x[b.head[k]] = v.val[k];
   v.clear();
 }
@@ -115,7 +69,7 @@ void pengine::compute_pi() {
   v.clear();
   for (int k = 0; k < m; ++k)
     if (cb[k] != 0.0) v.set(k, cb[k]);
-  f.btran(v);
+  btran(v);
   for (int i = 0; i < m; ++i) pi[i] = v.val[i];
   v.clear();
 }
@@ -177,53 +131,13 @@ double pengine::max_primal_infeas() const {
   return mx;
 }
 
-// Widens the bounds by small random amounts so that ties in the ratio test
-// become rare; nonbasic variables move with their bound.
-void pengine::perturb_bounds() {
-  uint32_t seed = 1234567u + (uint32_t)perturbcount * 7919u;
-  auto draw = [&seed]() {
-    seed = seed * 1103515245u + 12345u;
-    return ((seed >> 16) & 0x7fff) / 32768.0;
-  };
-  for (int j = 0; j < nt; ++j) {
-    double scale = 1e-6 * (0.5 + draw());
-    if (std::isfinite(p.lb[j]))
-      lbw[j] = p.lb[j] - scale * std::min(1.0 + std::fabs(p.lb[j]), 1e3);
-    if (std::isfinite(p.ub[j]))
-      ubw[j] = p.ub[j] + scale * std::min(1.0 + std::fabs(p.ub[j]), 1e3);
-    if (pos[j] < 0) {
-      if (b.stat[j] == kAtLower && std::isfinite(lbw[j])) b.x[j] = lbw[j];
-      else if (b.stat[j] == kAtUpper && std::isfinite(ubw[j])) b.x[j] = ubw[j];
-    }
-  }
-  perturbed = true;
-  ++perturbcount;
-  compute_xb();
-  set_phase_costs();
-  compute_pi();
-  compute_dj();
-}
-
-void pengine::remove_perturbation() {
-  for (int j = 0; j < nt; ++j) {
-    lbw[j] = p.lb[j];
-    ubw[j] = p.ub[j];
-    if (pos[j] < 0) {
-      if (b.stat[j] == kAtLower) b.x[j] = lbw[j];
-      else if (b.stat[j] == kAtUpper) b.x[j] = ubw[j];
-    }
-  }
-  perturbed = false;
-  refresh();
-}
-
 // Refactorizes when updates stand, recomputes the basic values and the
 // phase, then the duals.  When the updated values had drifted far from the
 // recomputed ones, the factor is made more stable: a higher threshold and
 // fewer updates between refactorizations.
 void pengine::refresh() {
   bool refactored = false;
-  if (!fresh || f.updates > 0) {
+  if (!fresh || fac->updates > 0 || !fac->ready) {
     int st = refactor();
     if (st) { res.err = st; return; }
     refactored = true;

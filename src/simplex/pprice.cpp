@@ -74,7 +74,7 @@ void pengine::price_init() {
     if (pos[j] >= 0) continue;
     col.clear();
     column(j, col);
-    f.ftran(col);
+    ftran(col);
     double s = 1.0;
     for (int t = 0; t < col.nnz; ++t) s += col.val[col.ind[t]] * col.val[col.ind[t]];
     w[j] = s;
@@ -223,7 +223,7 @@ bool pengine::price_switch_test() {
     basisnz += j >= n ? 1.0 : p.cbeg[j + 1] - p.cbeg[j];
   }
   double a = matrixnz - basisnz;
-  double bb = (double)f.lunz + 1e-10;
+  double bb = (double)fac->lunz + 1e-10;
   double r = itcnt / (nt + 1e-10);
   return (perturbed && a < 5.0 * bb) || (phase == 2 && 4.0 * a < 9.0 * bb) ||
          (m >= 1000 && 3.0 * a < 2.0 * bb) || (a / bb < 2.0 * r);

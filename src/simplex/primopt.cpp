@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "simplex/pengine.h"
+#include "simplex/quality.h"
 
 namespace velto {
 
@@ -32,7 +33,7 @@ void phase1_repair(pengine &e, int r, bool keepdj) {
   e.rho.clear();
   for (int s = 0; s < e.dcb.nnz; ++s) e.rho.set(e.dcb.ind[s], e.dcb.val[e.dcb.ind[s]]);
   e.dcb.clear();
-  e.f.btran(e.rho);
+  e.btran(e.rho);
   for (int s = 0; s < e.rho.nnz; ++s) e.pi[e.rho.ind[s]] += e.rho.val[e.rho.ind[s]];
   e.pivot_row();
   for (int s = 0; s < e.arownnz; ++s) {
@@ -73,6 +74,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
                 const phooks &hk, int iter0, int phase1cnt0, presult &res) {
   pengine e(p, b, opt, hk, res);
   const int m = e.m, nt = e.nt;
+  int itlim = opt.itlim;
   res = presult();
   e.lbw = p.lb;
   e.ubw = p.ub;
@@ -93,24 +95,35 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   e.opttol = 0.1 * opt.opttol;
   e.delta = 0.5 * opt.feastol;
   e.pricing = opt.pricing;
-  e.reinv = opt.reinv > 0 ? opt.reinv : 100;
+  // With a fixed refactorization interval the factor keeps it; otherwise
+  // its cost rule decides, under a cap that falls when updated values drift.
+  e.reinv = opt.reinv > 0 ? opt.reinv + 1 : 200;
   e.markowitz = std::max(opt.markowitz, 0.1);
   e.itcnt = iter0;
   e.phase1cnt = phase1cnt0;
   e.matrixnz = (double)p.cind.size() + m;
   e.longstep = true;
 
+  if (e.factor_init() != 0) {
+    res.err = kNoMemory;
+    goto done;
+  }
   e.refresh();
   if (res.err) goto done;
+  if (opt.kappa_check) {
+    res.kappa = e.kappa();
+    if (res.kappa > kKappaStop) itlim = e.itcnt;
+  }
   e.price_init();
   if (e.pricing == kPriceDevex && opt.display > 0 && e.itcnt == 0) {
     // The devex engine chosen from the start says so once.
   }
+  e.perturb_init();
   if (opt.perturb_at_start) e.perturb_bounds();
 
   for (;;) {
     if (res.err) break;
-    if (e.itcnt >= opt.itlim) { res.lpstat = kPItLim; break; }
+    if (e.itcnt >= itlim) { res.lpstat = kPItLim; break; }
     if (hk.stop && hk.stop(hk.ctx)) { res.lpstat = kPAbort; break; }
     if (e.itcnt > 0 && e.itcnt % 25 == 0 && hk.clock && opt.tilim < 1e75) {
       if (hk.clock(hk.ctx) - hk.starttime > opt.tilim) { res.lpstat = kPTimeLim; break; }
@@ -127,7 +140,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
 
     int q = e.price_select(e.opttol);
     if (q < 0) {
-      if (!e.fresh || e.f.updates > 0) { e.refresh(); continue; }
+      if (!e.fresh || e.fac->updates > 0) { e.refresh(); continue; }
       if (e.nrejected > 0) {
         std::fill(e.mark.begin(), e.mark.end(), 0);
         e.nrejected = 0;
@@ -146,9 +159,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     if (dir < 0 && std::isfinite(e.lbw[q])) range = b.x[q] - e.lbw[q];
     if (range < 0) range = 0;
 
-    e.col.clear();
-    e.column(q, e.col);
-    e.f.ftran(e.col);
+    e.ftran_column(q, e.col);
     int r = -1, endstat = 0;
     double step = 0.0;
     int rt = 3;
@@ -170,9 +181,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     }
     const bool keepdj = !partial_mode(e.pricing);
     if (r >= 0 && keepdj) {
-      e.rho.clear();
-      e.rho.set(r, 1.0);
-      e.f.btran(e.rho);
+      e.btran_row(r, e.rho);
       e.pivot_row();
       double ar = e.arow[q];
       if (std::fabs(ar - alpha_r) > 1e-7 * (1.0 + std::fabs(alpha_r))) {
@@ -181,8 +190,17 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
       if (e.pricing == kPriceSteepest || e.pricing == kPriceSteepestSlack) {
         e.tau.clear();
         for (int s = 0; s < e.col.nnz; ++s) e.tau.set(e.col.ind[s], e.col.val[e.col.ind[s]]);
-        e.f.btran(e.tau);
+        e.btran(e.tau);
       }
+    }
+
+    if (r >= 0 && e.check_pivot(r, alpha_r) != 0) {
+      // Unstable for the factor's update: retry on a fresh factor, then
+      // leave the candidate out until the next refactorization.
+      if (!e.fresh) { e.refresh(); continue; }
+      e.mark[q] = 1;
+      ++e.nrejected;
+      continue;
     }
 
     // Move.
@@ -220,10 +238,19 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
       e.pos[q] = r;
       b.head[r] = q;
       b.stat[q] = kBasic;
-      e.f.update(e.col, r);
-      e.fresh = false;
+      if (e.perturbed) e.perturb_entering(q);
+      bool rebuilt = false;
+      if (e.factor_update(r, q) != 0) {
+        // The factor asked to be rebuilt for the new basis; values, phase
+        // and duals are recomputed with it.
+        e.refresh();
+        if (res.err) break;
+        rebuilt = true;
+      }
       if (e.pricing == kPriceDevex && e.w[q] < 0) e.devex_reset();
-      if (e.phase == 1) {
+      if (rebuilt) {
+        // Nothing to repair: the refresh set the costs of every position.
+      } else if (e.phase == 1) {
         e.cb[r] = 0.0;
         phase1_repair(e, r, keepdj);
       } else {
@@ -238,10 +265,9 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
         e.compute_objval();
       }
     }
-    e.degenerate = step < 1e-11 ? e.degenerate + 1 : 0;
-    if (!e.perturbed && e.perturbcount == 0 && e.degenerate > std::max(50, m / 20))
-      e.perturb_bounds();
-    if (e.f.updates >= e.reinv || e.f.etanz > 3 * e.f.lunz + 10 * m) e.refresh();
+    e.progress_tick(q, leaving);
+    if (res.err) break;
+    if (e.fac->updates >= e.reinv) e.refresh();
     ++e.itcnt;
     if (e.phase == 1) ++e.phase1cnt;
     if (e.phase == 2 && e.objval < opt.objlim) {
@@ -262,6 +288,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
 
   // Leave the model's own bounds in force and make the values consistent.
   if (!res.err && e.perturbed) {
+    e.logf("Removing perturbation.\n");
     for (int j = 0; j < nt; ++j) { e.lbw[j] = p.lb[j]; e.ubw[j] = p.ub[j]; }
     for (int j = 0; j < nt; ++j)
       if (e.pos[j] < 0) {
@@ -270,9 +297,10 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
       }
     e.perturbed = false;
     e.refresh();
-  } else if (!res.err && (!e.fresh || e.f.updates > 0)) {
+  } else if (!res.err && (!e.fresh || e.fac->updates > 0)) {
     e.refresh();
   }
+  if (!res.err && opt.want_kappa) res.kappa = e.kappa();
 done:
   res.itcnt = e.itcnt;
   res.phase1cnt = e.phase1cnt;

@@ -18,7 +18,7 @@ void pengine::logf(const char *fmt, ...) {
 }
 
 // A column's name right-aligned in 23 characters; a row's in 17 followed by
-// " slack".
+// " slack", " range" or " artif" for the kind of its logical.
 void pengine::var_label(int j, char *buf, int len) const {
   char name[256];
   name[0] = '\0';
@@ -28,7 +28,10 @@ void pengine::var_label(int j, char *buf, int len) const {
     else std::snprintf(name, sizeof name, "c%d", j - n + 1);
   }
   if (j < n) std::snprintf(buf, len, "%23s", name);
-  else std::snprintf(buf, len, "%17s slack", name);
+  else {
+    int kind = hk.logkind ? hk.logkind(hk.ctx, j - n) : 0;
+    std::snprintf(buf, len, "%17s %s", name, kind == 1 ? "range" : kind == 2 ? "artif" : "slack");
+  }
 }
 
 void pengine::log_iteration(int q, int leaving, bool flip, int endstat) {

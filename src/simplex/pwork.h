@@ -10,7 +10,7 @@
 #include <limits>
 #include <vector>
 
-#include "simplex/bfactor.h"
+struct velto_env;
 
 namespace velto {
 
@@ -67,10 +67,17 @@ struct poptions {
   double markowitz = 0.01;
   double objlim = -1e75;      // stop in phase 2 once c'x falls below
   int perturb_at_start = 0;
+  double epper = 1e-6;        // size of the first perturbation
+  int perlim = 0;             // iterations without progress before one, 0 automatic
   int crash = 1;              // 0 none, otherwise the triangular crash
   int display = 0;            // iteration log level 0, 1, 2
   int reinv = 0;              // refactorization frequency, 0 automatic
   bool scaled_log = false;    // log labels of a scaled model
+  // Clean-up pass on the unscaled model: estimate the condition of the
+  // first basis and stop at once (status 10) when it is above 1e15.
+  int kappa_check = 0;
+  // Report the condition estimate of the final basis in presult::kappa.
+  int want_kappa = 0;
 };
 
 // Engine outcome.
@@ -88,12 +95,18 @@ enum : int {
 // Hooks the caller may give: log output, abort word, clock, names.
 struct phooks {
   void *ctx = nullptr;
+  // Environment for the parameters of the factor and its messages; may be
+  // null (then the factor's defaults hold).
+  ::velto_env *e = nullptr;
   void (*logline)(void *ctx, const char *text) = nullptr;
   // Non-zero asks the run to stop (abort word, callback).
   int (*stop)(void *ctx) = nullptr;
   double (*clock)(void *ctx) = nullptr;
   // Name of variable j (structural or logical) for the detailed log.
   void (*varname)(void *ctx, int j, char *buf, int len) = nullptr;
+  // Kind of the logical of row i for the detailed log: 0 slack, 1 range
+  // column, 2 artificial.
+  int (*logkind)(void *ctx, int i) = nullptr;
   double starttime = 0.0;
 };
 

@@ -18,6 +18,7 @@ namespace {
 struct hookctx {
   env *e;
   lp *p;
+  std::vector<int> logcol;  // store column of the logical of each row
 };
 
 void hook_log(void *ctx, const char *text) {
@@ -108,6 +109,13 @@ int logstat_out(const lpcore *c, int i, int st) {
   if (st == kBasic) return 1;
   if (c->sense[i] == 'R') return st == kAtLower ? 2 : 0;
   return 0;
+}
+
+int hook_logkind(void *ctx, int i) {
+  hookctx *h = static_cast<hookctx *>(ctx);
+  const lpcore *c = h->p->core;
+  int k = h->logcol[i];
+  return k < c->totcols ? 1 : k < c->allcols ? 0 : 2;
 }
 
 bool start_from_soln(const lp *p, kstart &ks) {
@@ -203,18 +211,27 @@ int primal_optimize(env *e, lp *p) {
   cfg.opt.markowitz = par->epmrk;
   cfg.opt.objlim = p->core->objsen == 1 ? par->objllim : -par->objulim;
   cfg.opt.perturb_at_start = perind;
+  cfg.opt.epper = par->epper;
+  cfg.opt.perlim = par->perlim;
   cfg.opt.crash = par->craind != 0;
   cfg.opt.display = par->simdisplay;
   cfg.opt.reinv = par->reinv;
   cfg.scaind = par->scaind;
 
-  hookctx hc{e, p};
+  hookctx hc{e, p, {}};
+  {
+    logmap lm;
+    lm.build(p->core);
+    hc.logcol = std::move(lm.col);
+  }
   phooks hk;
   hk.ctx = &hc;
+  hk.e = e;
   hk.logline = hook_log;
   hk.stop = hook_stop;
   hk.clock = hook_clock;
   hk.varname = hook_name;
+  hk.logkind = hook_logkind;
   hk.starttime = now(e);
 
   kstart ks;

@@ -284,6 +284,95 @@ TEST_F(PrimalApi, BoundFlipIsLoggedAsGoingToABound) {
   EXPECT_EQ(VLTgetitcnt(env, lp), 2);
 }
 
+TEST_F(PrimalApi, LogNamesTheKindOfEachLogical) {
+  // min -x - y: r is ranged, 1 <= x <= 4; e is an equality, y = 2.  From
+  // the slack basis both rows are violated (x = 0 is below r's range, e's
+  // artificial is 2): phase 1 brings x in for r's range column, then y for
+  // e's artificial; in phase 2 the range column flips to its other bound.
+  small s;
+  s.obj = {-1, -1};
+  s.lb = {0, 0};
+  s.ub = {1e20, 1e20};
+  s.rhs = {1, 2};
+  s.rng = {3, 0};
+  s.sense = "RE";
+  s.a = {{1, 0}, {0, 1}};
+  s.cname = {"x", "y"};
+  s.rname = {"r", "e"};
+  load(s);
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  VLTsetintparam(env, VLT_PARAM_CRAIND, 0);
+  VLTsetintparam(env, VLT_PARAM_PPRIIND, 4);
+  VLTsetintparam(env, VLT_PARAM_SCAIND, -1);
+  VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 2);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  expect_optimal(-6.0);
+  EXPECT_EQ(res.text,
+            "\nIteration           Objective            In Variable           Out Variable\n"
+            "     1  I            2.000000                      x                r range\n"
+            "     2              -3.000000                      y                e artif\n"
+            "     3              -6.000000                r range    goes to lower bound\n");
+}
+
+TEST_F(PrimalApi, PerturbationAtStartIsAnnouncedAndRemoved) {
+  load(textbook());
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  VLTsetintparam(env, VLT_PARAM_PERIND, 1);
+  VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 1);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  // The optimum is that of the clean model, to full accuracy.
+  expect_optimal(36.0);
+  EXPECT_EQ(res.text.rfind("Perturbation started.\n", 0), 0u) << res.text;
+  EXPECT_NE(res.text.find("Removing perturbation.\n"), std::string::npos) << res.text;
+  int perind = -1;
+  VLTgetintparam(env, VLT_PARAM_PERIND, &perind);
+  EXPECT_EQ(perind, 1);
+}
+
+// A chain x1 <= x2 <= ... <= x6 <= 1 with max x1 + ... + x6: every row is
+// tight at the origin, so the first pivots make no progress.
+small degenerate_chain() {
+  small s;
+  const int n = 6;
+  s.objsen = -1;
+  s.obj.assign(n, 1.0);
+  s.lb.assign(n, 0.0);
+  s.ub.assign(n, 1e20);
+  for (int i = 0; i + 1 < n; ++i) {
+    std::vector<double> row(n, 0.0);
+    row[i] = 1;
+    row[i + 1] = -1;
+    s.a.push_back(row);
+    s.rhs.push_back(0);
+  }
+  std::vector<double> last(n, 0.0);
+  last[n - 1] = 1;
+  s.a.push_back(last);
+  s.rhs.push_back(1);
+  s.sense.assign(n, 'L');
+  return s;
+}
+
+TEST_F(PrimalApi, StallOfOneIterationPerturbsWithPerlimOne) {
+  load(degenerate_chain());
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  VLTsetintparam(env, VLT_PARAM_CRAIND, 0);
+  VLTsetintparam(env, VLT_PARAM_PPRIIND, 4);
+  VLTsetintparam(env, VLT_PARAM_SCAIND, -1);
+  VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 1);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  expect_optimal(6.0);
+  EXPECT_EQ(res.text.find("Perturbation started."), std::string::npos) << res.text;
+
+  res.text.clear();
+  VLTsetintparam(env, VLT_PARAM_PERLIM, 1);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  expect_optimal(6.0);
+  EXPECT_NE(res.text.find("Perturbation started.\n"), std::string::npos) << res.text;
+  EXPECT_NE(res.text.find("Removing perturbation.\n"), std::string::npos) << res.text;
+}
+
 TEST_F(PrimalApi, EntryErrors) {
   EXPECT_EQ(VLTprimopt(nullptr, lp), 1002);
   EXPECT_EQ(VLTprimopt(env, nullptr), 1009);

@@ -1,138 +1,19 @@
-// The pieces of the primal engine on their own: the basis factor, scaling,
+// The pieces of the primal engine on their own: scaling,
 // start bases, and a few small Netlib models through the public calls.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <filesystem>
-#include <random>
+#include <string>
 #include <vector>
 
 #include "common/reference.h"
-#include "simplex/bfactor.h"
 #include "simplex/primal_check.h"
+#include "simplex/pkernel.h"
 #include "simplex/pwork.h"
 #include "velto.h"
 
 namespace {
-
-using velto::bfactor;
-using velto::wvec;
-
-// A random sparse matrix that is non-singular: a permuted diagonal of
-// sizeable entries plus random off-diagonal fill.
-struct sparsemat {
-  int m;
-  std::vector<int> beg, len, ind;
-  std::vector<double> val;
-  std::vector<std::vector<double>> dense;
-};
-
-sparsemat random_matrix(int m, double density, unsigned seed) {
-  std::mt19937 gen(seed);
-  std::uniform_real_distribution<double> u(-1.0, 1.0);
-  std::uniform_real_distribution<double> p(0.0, 1.0);
-  std::vector<int> perm(m);
-  for (int i = 0; i < m; ++i) perm[i] = i;
-  std::shuffle(perm.begin(), perm.end(), gen);
-  sparsemat s;
-  s.m = m;
-  s.dense.assign(m, std::vector<double>(m, 0.0));
-  for (int k = 0; k < m; ++k) {
-    s.dense[perm[k]][k] = (u(gen) > 0 ? 1.0 : -1.0) * (2.0 + 3.0 * p(gen));
-    for (int i = 0; i < m; ++i)
-      if (i != perm[k] && p(gen) < density) s.dense[i][k] = u(gen);
-  }
-  for (int k = 0; k < m; ++k) {
-    s.beg.push_back((int)s.ind.size());
-    for (int i = 0; i < m; ++i)
-      if (s.dense[i][k] != 0.0) { s.ind.push_back(i); s.val.push_back(s.dense[i][k]); }
-    s.len.push_back((int)s.ind.size() - s.beg.back());
-  }
-  return s;
-}
-
-// Largest |B y - b| over rows, B given densely by columns of positions.
-double residual_ftran(const std::vector<std::vector<double>> &B, const std::vector<double> &y,
-                      const std::vector<double> &b) {
-  int m = (int)b.size();
-  double r = 0.0;
-  for (int i = 0; i < m; ++i) {
-    double s = 0.0;
-    for (int k = 0; k < m; ++k) s += B[i][k] * y[k];
-    r = std::max(r, std::fabs(s - b[i]));
-  }
-  return r;
-}
-
-double residual_btran(const std::vector<std::vector<double>> &B, const std::vector<double> &z,
-                      const std::vector<double> &c) {
-  int m = (int)c.size();
-  double r = 0.0;
-  for (int k = 0; k < m; ++k) {
-    double s = 0.0;
-    for (int i = 0; i < m; ++i) s += B[i][k] * z[i];
-    r = std::max(r, std::fabs(s - c[k]));
-  }
-  return r;
-}
-
-TEST(PrimalFactor, SolvesAreAccurateBeforeAndAfterUpdates) {
-  for (unsigned seed = 1; seed <= 4; ++seed) {
-    const int m = 60;
-    sparsemat s = random_matrix(m, 0.05, seed);
-    bfactor f;
-    std::vector<int> badpos, badrow;
-    ASSERT_EQ(f.factor(m, s.beg, s.len, s.ind.data(), s.val.data(), badpos, badrow), 0);
-    std::mt19937 gen(seed + 100);
-    std::uniform_real_distribution<double> u(-1.0, 1.0);
-    auto B = s.dense;
-    for (int round = 0; round < 25; ++round) {
-      std::vector<double> b(m), c(m);
-      for (int i = 0; i < m; ++i) { b[i] = u(gen); c[i] = u(gen); }
-      wvec v;
-      v.init(m);
-      for (int i = 0; i < m; ++i) v.set(i, b[i]);
-      f.ftran(v);
-      EXPECT_LT(residual_ftran(B, v.val, b), 1e-9) << "seed " << seed << " round " << round;
-      wvec w;
-      w.init(m);
-      for (int i = 0; i < m; ++i) w.set(i, c[i]);
-      f.btran(w);
-      EXPECT_LT(residual_btran(B, w.val, c), 1e-9) << "seed " << seed << " round " << round;
-      // Replace the column at a position by a new random column whose FTRAN
-      // has a large entry there.
-      std::vector<double> a(m, 0.0);
-      for (int i = 0; i < m; ++i)
-        if (u(gen) > 0.8) a[i] = u(gen);
-      wvec alpha;
-      alpha.init(m);
-      for (int i = 0; i < m; ++i)
-        if (a[i] != 0.0) alpha.set(i, a[i]);
-      f.ftran(alpha);
-      int r = 0;
-      for (int k = 1; k < m; ++k)
-        if (std::fabs(alpha.val[k]) > std::fabs(alpha.val[r])) r = k;
-      if (std::fabs(alpha.val[r]) < 1e-3) continue;
-      f.update(alpha, r);
-      for (int i = 0; i < m; ++i) B[i][r] = a[i];
-    }
-    EXPECT_GT(f.updates, 10);
-  }
-}
-
-TEST(PrimalFactor, SingularBasisNamesTheDependentPositions) {
-  // Columns 0 and 2 are equal; row 1 is left without a pivot.
-  const int m = 3;
-  std::vector<int> beg = {0, 2, 3}, len = {2, 1, 2}, ind = {0, 1, 2, 0, 1};
-  std::vector<double> val = {1.0, 1.0, 1.0, 1.0, 1.0};
-  bfactor f;
-  std::vector<int> badpos, badrow;
-  EXPECT_EQ(f.factor(m, beg, len, ind.data(), val.data(), badpos, badrow), 1);
-  ASSERT_EQ(badpos.size(), 1u);
-  ASSERT_EQ(badrow.size(), 1u);
-  EXPECT_TRUE(badpos[0] == 0 || badpos[0] == 2);
-  EXPECT_TRUE(badrow[0] == 0 || badrow[0] == 1);
-}
 
 velto::wprob tiny_problem(double a01) {
   velto::wprob p;
@@ -223,3 +104,96 @@ TEST(PrimalSmallNetlib, EveryPricingRule) {
 }
 
 }  // namespace
+
+// The passes of the kernel.  Row R (x1 >= 1) is written with entries 1e-4
+// and row T is x1 <= 2; min -eta x1.  Phase 1 stops at x1 = 1 with R tight;
+// there the reduced cost of R's slack is -eta in the scaled model, within
+// the tolerance, but -eta 1e4 in the user's units.
+namespace passes {
+
+struct model {
+  std::vector<double> obj, rhs, rng, lb, ub, val;
+  std::vector<int> beg, cnt, ind;
+  std::string sense;
+  velto::lpview v;
+};
+
+// With `illcond`, two more equality rows 1e9 x2 = 1e9 and 1e-9 x3 = 1e-9
+// put a basis of condition 1e18 under the unscaled model (1 when scaled).
+model make(double eta, bool illcond) {
+  model d;
+  const int n = illcond ? 3 : 1;
+  d.obj.assign(n, 0.0);
+  d.obj[0] = -eta;
+  d.lb.assign(n, 0.0);
+  d.ub.assign(n, 1e20);
+  d.rhs = {1e-4, 2};
+  d.sense = "GL";
+  d.beg = {0};
+  d.ind = {0, 1};
+  d.val = {1e-4, 1.0};
+  if (illcond) {
+    d.rhs.push_back(1e9);
+    d.rhs.push_back(1e-9);
+    d.sense += "EE";
+    d.beg.push_back(2);
+    d.beg.push_back(3);
+    d.ind.push_back(2);
+    d.ind.push_back(3);
+    d.val.push_back(1e9);
+    d.val.push_back(1e-9);
+  }
+  d.rng.assign(d.rhs.size(), 0.0);
+  for (int j = 0; j < n; ++j) d.cnt.push_back(j == 0 ? 2 : 1);
+  velto::lpview &v = d.v;
+  v.nrows = (int)d.rhs.size();
+  v.ncols = n;
+  v.obj = d.obj.data();
+  v.rhs = d.rhs.data();
+  v.rngval = d.rng.data();
+  v.sense = d.sense.c_str();
+  v.matbeg = d.beg.data();
+  v.matcnt = d.cnt.data();
+  v.matind = d.ind.data();
+  v.matval = d.val.data();
+  v.lb = d.lb.data();
+  v.ub = d.ub.data();
+  return d;
+}
+
+}  // namespace passes
+
+TEST(PrimalPasses, ScaledOptimumInfeasibleUnscaledGetsAnUnscaledPass) {
+  passes::model d = passes::make(5e-8, false);
+  velto::kconfig cfg;
+  cfg.opt.crash = 0;
+  velto::phooks hk;
+  velto::kout o;
+  velto::primal_kernel_view(d.v, cfg, hk, nullptr, 0, o);
+  EXPECT_EQ(o.err, 0);
+  EXPECT_EQ(o.passes, 2);
+  EXPECT_EQ(o.lpstat, 1);
+  EXPECT_NEAR(o.x[0], 2.0, 1e-9);
+  EXPECT_LE(o.dinf, 1e-6);
+
+  // Without the rerun the scaled optimum stands, marked as status 5.
+  cfg.rerun = 0;
+  velto::primal_kernel_view(d.v, cfg, hk, nullptr, 0, o);
+  EXPECT_EQ(o.passes, 1);
+  EXPECT_EQ(o.lpstat, 5);
+  EXPECT_NEAR(o.x[0], 1.0, 1e-9);
+  EXPECT_GT(o.dinf, 1e-6);
+}
+
+TEST(PrimalPasses, IllConditionedUnscaledBasisEndsThePassAndReturnsToScaled) {
+  passes::model d = passes::make(5e-8, true);
+  velto::kconfig cfg;
+  cfg.opt.crash = 0;
+  velto::phooks hk;
+  velto::kout o;
+  velto::primal_kernel_view(d.v, cfg, hk, nullptr, 0, o);
+  EXPECT_EQ(o.err, 0);
+  EXPECT_EQ(o.passes, 3);
+  EXPECT_EQ(o.lpstat, 5);
+  EXPECT_NEAR(o.x[0], 1.0, 1e-9);
+}
