@@ -15,10 +15,8 @@ ref=$data/netlib/REFERENCE.tsv
 [ -f "$ref" ] || { echo "no $ref (set VELTO_DATA)"; exit 1; }
 command -v clp >/dev/null || { echo "clp not found (apt-get install -y coinor-clp)"; exit 1; }
 
-driver=$build/lpsolve
-if [ ! -x "$driver" ] || [ "$here/lpsolve.cpp" -nt "$driver" ] || [ "$build/libvelto.a" -nt "$driver" ]; then
-  c++ -O2 -std=c++20 -I"$root/include" "$here/lpsolve.cpp" "$build/libvelto.a" -lpthread -o "$driver" || exit 1
-fi
+driver=$build/bench/lpsolve
+[ -x "$driver" ] || { echo "no $driver (build the project first)"; exit 1; }
 
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT

@@ -1,8 +1,8 @@
 #!/bin/bash
 # Presolve on the Netlib models: our dual simplex with presolve on and off,
 # against CLP's dual simplex with its presolve on; one table with the shifted
-# geometric means of the times.  Times are CPU seconds (ours from clock(),
-# CLP's from its own report), which a busy machine disturbs less than wall
+# geometric means of the times.  Times are CPU seconds of the solve (ours
+# from bench/lpsolve, CLP's from its own report), which a busy machine disturbs less than wall
 # time.
 #   bench/netlib_presolve.sh [BUILD_DIR]
 # VELTO_DATA overrides the data folder; TIMEOUT (seconds, default 300) caps
@@ -19,40 +19,18 @@ command -v clp >/dev/null || { echo "clp not found (apt-get install -y coinor-cl
 
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
-driver=$tmp/presolve_solve
-cat > "$tmp/drv.cpp" <<'CPP'
-#include <ctime>
-#include <cstdio>
-#include <cstdlib>
-#include "velto.h"
-int main(int argc, char **argv) {
-  if (argc < 3) return 2;
-  int st = 0;
-  VLTENVptr env = VLTopenVELTO(&st);
-  VLTLPptr lp = VLTcreateprob(env, &st, "m");
-  VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
-  VLTsetintparam(env, VLT_PARAM_PREIND, std::atoi(argv[2]));
-  if (VLTreadcopyprob(env, lp, argv[1], nullptr)) return 1;
-  std::clock_t t0 = std::clock();
-  st = VLTdualopt(env, lp);
-  double t = double(std::clock() - t0) / CLOCKS_PER_SEC;
-  double obj = 0;
-  VLTgetobjval(env, lp, &obj);
-  std::printf("%d %.10g %d %.3f\n", st ? -st : VLTgetstat(env, lp), obj, VLTgetitcnt(env, lp), t);
-  VLTfreeprob(env, &lp);
-  VLTcloseVELTO(&env);
-  return 0;
-}
-CPP
-c++ -O2 -std=c++20 -I"$root/include" "$tmp/drv.cpp" "$build/libvelto.a" -lpthread -o "$driver" || exit 1
+driver=$build/bench/lpsolve
+[ -x "$driver" ] || { echo "no $driver (build the project first)"; exit 1; }
 
 printf "%-10s | %3s %16s %7s %8s | %3s %7s %8s | %16s %8s | %6s %6s\n" \
   model st objective iters time st iters time clp-objective clp-time on/off on/clp
 grep -v '^#' "$ref" | while IFS=$'\t' read -r name rows cols nz opt; do
+  # forplan is left out as in the instance tests (our runs do not finish).
+  [ "$name" = forplan ] && continue
   f=$data/netlib/$name.mps.gz
-  read -r st obj it t < <(timeout "$timeout" "$driver" "$f" 1 2>/dev/null || echo "T 0 0 $timeout")
+  read -r st obj it t < <(timeout "$timeout" "$driver" "$f" dual presolve 2>/dev/null || echo "T 0 0 $timeout")
   [ -z "${t:-}" ] && { st=T; obj=0; it=0; t=$timeout; }
-  read -r st0 obj0 it0 t0 < <(timeout "$timeout" "$driver" "$f" 0 2>/dev/null || echo "T 0 0 $timeout")
+  read -r st0 obj0 it0 t0 < <(timeout "$timeout" "$driver" "$f" dual 2>/dev/null || echo "T 0 0 $timeout")
   [ -z "${t0:-}" ] && { st0=T; it0=0; t0=$timeout; }
   gunzip -c "$f" > "$tmp/$name.mps"
   timeout "$timeout" clp "$tmp/$name.mps" -dualsimplex > "$tmp/clp.out" 2>&1
