@@ -25,14 +25,6 @@ enum : int {
   kIllegalPivot = 1267,
 };
 
-template <class F>
-int basiscall(env *e, lp *p, F work) {
-  int status = guarded([&] { return queryframe(e, &p); });
-  if (status == 0) status = guarded([&] { return work(p); });
-  if (status) report(e, &status);
-  return status;
-}
-
 bool solnbasis(const lp *p) {
   const soln *s = p->soln;
   return s && s->hasbasis && s->head && s->cstat && s->lpstat != 0 && p->lpstat != 0 &&

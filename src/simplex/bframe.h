@@ -8,9 +8,21 @@
 #include <vector>
 
 #include "model/lp.h"
+#include "model/store.h"
 #include "simplex/dualcore.h"
 
 namespace velto {
+
+// The frame of an exported basis call: handle checks and the change cache
+// through queryframe, then work(p); allocation failures become 1001 and a
+// non-zero status is reported.
+template <class F>
+int basiscall(env *e, lp *p, F work) {
+  int status = guarded([&] { return queryframe(e, &p); });
+  if (status == 0) status = guarded([&] { return work(p); });
+  if (status) report(e, &status);
+  return status;
+}
 
 struct bframe {
   env *e = nullptr;

@@ -107,14 +107,6 @@ void usercol(const lp *p, int j, std::vector<double> &a) {
   }
 }
 
-template <class F>
-int basiscall(env *e, lp *p, F work) {
-  int status = guarded([&] { return queryframe(e, &p); });
-  if (status == 0) status = guarded([&] { return work(p); });
-  if (status) report(e, &status);
-  return status;
-}
-
 }  // namespace
 }  // namespace velto
 
