@@ -155,7 +155,7 @@ void pengine::refresh() {
     }
     if (drift > 1e-6) {
       if (markowitz < 0.5) markowitz = std::min(0.5, 2.0 * markowitz);
-      if (reinv > 20) reinv = std::max(20, reinv / 2);
+      if (reinv > 50) reinv = std::max(50, reinv / 2);
     }
   }
   if (perturbed && phase == 2) {
