@@ -78,9 +78,6 @@ TEST(NetlibPresolve, SameOptimumWithAndWithoutPresolve) {
     SCOPED_TRACE(e.name);
     for (int method = 1; method <= 2; ++method) {
       SCOPED_TRACE(method == 1 ? "primal" : "dual");
-      // The primal simplex needs minutes on dfl001 (both runs about ten of
-      // the whole test's twenty); VELTO_NETLIB_ALL=1 includes it.
-      if (method == 1 && e.name == "dfl001" && !std::getenv("VELTO_NETLIB_ALL")) continue;
       auto opt = method == 1 ? VLTprimopt : VLTdualopt;
       run off = solve(e.name, 0, opt);
       run on = solve(e.name, 1, opt);
