@@ -243,7 +243,7 @@ TEST_F(SolutionTest, BasisRoundTrip) {
   datacheck(1);
   int bad[3] = {0, 4, 1};
   EXPECT_EQ(VLTcopybase(env, lp, bad, rs), 1253);
-  EXPECT_EQ(takeErrors(), "VELTO Error  1253: Invalid status entry 1 for basis specification.\n");
+  EXPECT_EQ(takeErrors(), "VELTO Error  1253: Invalid status entry 1 for the basis.\n");
 }
 
 TEST_F(SolutionTest, StartValuesAreStoredScaledAndSigned) {

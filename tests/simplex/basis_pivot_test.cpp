@@ -211,7 +211,7 @@ TEST(BasisPivot, PartialBaseFillsTheRest) {
             "VELTO Error  1004: Null pointer for required data.\n"
             "VELTO Error  1201: Column index 4 out of range.\n"
             "VELTO Error  1203: Row index -1 out of range.\n"
-            "VELTO Error  1253: Invalid status entry 0 for basis specification.\n");
+            "VELTO Error  1253: Invalid status entry 0 for the basis.\n");
   // The partial base is a start the optimizer accepts.
   ASSERT_EQ(VLTcopypartialbase(s.env, s.lp, 0, nullptr, nullptr, 0, nullptr, nullptr), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
