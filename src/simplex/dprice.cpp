@@ -175,6 +175,21 @@ int dnorm_init(dualengine &e) {
   return 0;
 }
 
+// Norm update of a pivot at position r, before the basis changes, by the
+// pricing rule in force: full-space, the row norms through tau = B^-1 rho,
+// or nothing for Dantzig pricing.  w = ||rho||^2.
+void dse_update(dualengine &e, int r, double w);
+
+void dse_update_pivot(dualengine &e, int r, double w) {
+  if (e.opt.pricing == 3) {
+    dse_update_full(e, r, w);
+  } else if (e.opt.pricing != 1) {
+    std::copy(e.rho.begin(), e.rho.end(), e.tau.begin());
+    e.fac->ftran(e.tau);
+    dse_update(e, r, w);
+  }
+}
+
 // Update after a pivot at position r with pivot column e.col (B^-1 a_q),
 // w = ||rho||^2 and tau = B^-1 rho (old basis).
 void dse_update(dualengine &e, int r, double w) {

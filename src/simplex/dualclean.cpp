@@ -18,8 +18,7 @@ namespace velto {
 double nonbasic_value(const dualengine &e, int j);
 double dual_infeas(const dualengine &e, int j, double tol);
 int dual_refresh(dualengine &e);
-void dse_update(dualengine &e, int r, double w);
-void dse_update_full(dualengine &e, int r, double rho2);
+void dse_update_pivot(dualengine &e, int r, double w);
 void dual_perturb_leaving(dualengine &e, int j);
 
 namespace {
@@ -150,13 +149,7 @@ int dual_primal_cleanup(dualengine &e, double tol, int limit, int *stuck) {
       if (e.col[i] != 0.0) e.x[e.head[i]] -= dir * t * e.col[i];
     e.x[q] += dir * t;
     e.x[lv] = bound;
-    if (e.opt.pricing == 3) {
-      dse_update_full(e, r, w);
-    } else if (e.opt.pricing != 1) {
-      std::copy(e.rho.begin(), e.rho.end(), e.tau.begin());
-      e.fac->ftran(e.tau);
-      dse_update(e, r, w);
-    }
+    dse_update_pivot(e, r, w);
     // The factor update wants the entering column's solve as the last one.
     e.fac->ftran_col(p, q, e.col);
     e.lastleave = lv;

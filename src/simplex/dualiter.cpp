@@ -21,8 +21,7 @@ void dual_set_phase2(dualengine &e);
 int dprice_select(const dualengine &e, double tol, const std::vector<char> &rejected);
 double dprice_amount(const dualengine &e, int i, int *sgn);
 int dnorm_init(dualengine &e);
-void dse_update(dualengine &e, int r, double w);
-void dse_update_full(dualengine &e, int r, double rho2);
+void dse_update_pivot(dualengine &e, int r, double w);
 void dual_perturb(dualengine &e);
 void dual_unperturb(dualengine &e);
 void dual_perturb_leaving(dualengine &e, int j);
@@ -272,13 +271,7 @@ static int iterate(dualengine &e, std::vector<char> &rejected, int &retries) {
   e.x[lv] = bound;
 
   // Norms: tau = B^-1 rho before the basis changes.
-  if (e.opt.pricing == 3) {
-    dse_update_full(e, r, w);
-  } else if (e.opt.pricing != 1) {
-    std::copy(e.rho.begin(), e.rho.end(), e.tau.begin());
-    e.fac->ftran(e.tau);
-    dse_update(e, r, w);
-  }
+  dse_update_pivot(e, r, w);
 
   // Basis change.
   e.logenter = q;
