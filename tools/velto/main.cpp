@@ -11,10 +11,15 @@
 #include <string>
 #include <vector>
 
+#include "cbcmode.h"
+#include "paths.h"
 #include "velto.h"
 
 #ifndef VELTO_EXAMPLE_MODEL
 #define VELTO_EXAMPLE_MODEL "examples/production.mps"
+#endif
+#ifndef VELTO_INSTALLED_EXAMPLE
+#define VELTO_INSTALLED_EXAMPLE "../share/velto/examples/production.mps"
 #endif
 
 namespace {
@@ -44,6 +49,8 @@ const char *kUsage =
     "  --write FILE        write the model to FILE (format by suffix)\n"
     "  --quiet             print only the summary lines\n"
     "  --help              show this text\n"
+    "  --cbc KEYWORDS...   (first argument) CBC-style command mode, as run by\n"
+    "                      modelling tools; see velto --cbc help\n"
     "\n"
     "exit codes: 0 optimal; 1 the run completed without an optimal solution\n"
     "(infeasible, unbounded, a limit); 2 failure (bad option, missing or\n"
@@ -199,9 +206,10 @@ bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
 }
 
 std::string defaultmodel() {
-  // Next to the sources when run from the checkout; else beside the binary's
-  // build tree.
-  const char *candidates[] = {VELTO_EXAMPLE_MODEL, "examples/production.mps"};
+  // Where an install puts it relative to the binary; else next to the sources
+  // when run from the checkout; else in the working folder.
+  std::string installed = velto_cli::beside_executable(VELTO_INSTALLED_EXAMPLE);
+  const char *candidates[] = {installed.c_str(), VELTO_EXAMPLE_MODEL, "examples/production.mps"};
   for (const char *c : candidates) {
     FILE *fp = std::fopen(c, "r");
     if (fp != nullptr) {
@@ -215,6 +223,7 @@ std::string defaultmodel() {
 }  // namespace
 
 int main(int argc, char **argv) {
+  if (velto_cli::cbc_requested(argc, argv)) return velto_cli::cbc_main(argc, argv);
   Options o = parse(argc, argv);
   if (o.model.empty()) o.model = defaultmodel();
 
