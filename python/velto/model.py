@@ -262,6 +262,8 @@ class Problem:
                 self._call(get, ptrs, store, space, ctypes.byref(surplus), 0, count - 1)
                 return [p.decode() if p else "" for p in ptrs]
             except VeltoError as e:
+                if e.status == 1219:  # a model without names
+                    return []
                 if e.status != 1207:
                     raise
                 space -= surplus.value

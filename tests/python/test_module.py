@@ -46,6 +46,11 @@ def test_small_model_solves_to_the_hand_worked_optimum(velto):
     assert p.num_rows == 2 and p.num_cols == 2 and p.objsen == -1
 
 
+def test_model_without_names_has_empty_name_lists(velto):
+    p = small(velto, colnames=None, rownames=None)
+    assert p.col_names == [] and p.row_names == []
+
+
 @pytest.mark.parametrize("method", ["auto", "primal", "dual"])
 def test_each_method_reaches_the_same_optimum(velto, method):
     assert close(small(velto).optimize(method).objective, 2.8)
