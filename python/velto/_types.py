@@ -71,13 +71,21 @@ def _to_bytes(obj):
     return obj.encode() if isinstance(obj, str) else bytes(obj)
 
 
-class CharIn:
-    """const char *: a str or bytes (a string, or one character per entry)."""
+class _PassCtypes:
+    """None and ctypes objects pass unchanged; others go to convert()."""
 
     @classmethod
     def from_param(cls, obj):
         if obj is None or _is_ctypes(obj):
             return obj
+        return cls.convert(obj)
+
+
+class CharIn(_PassCtypes):
+    """const char *: a str or bytes (a string, or one character per entry)."""
+
+    @staticmethod
+    def convert(obj):
         if numpy is not None and isinstance(obj, numpy.ndarray):
             return numpy.ascontiguousarray(obj, dtype="S1").ctypes.data_as(ctypes.c_char_p)
         if isinstance(obj, (list, tuple)):
@@ -85,17 +93,13 @@ class CharIn:
         return ctypes.c_char_p(_to_bytes(obj))
 
 
-class CharOut:
+class CharOut(_PassCtypes):
     """char *: a buffer the C side writes (ctypes.create_string_buffer, a
     bytearray, a numpy array of bytes); a str or bytes is copied into a fresh
     buffer for the calls that only read it."""
 
-    @classmethod
-    def from_param(cls, obj):
-        if obj is None:
-            return None
-        if _is_ctypes(obj):
-            return obj
+    @staticmethod
+    def convert(obj):
         if isinstance(obj, bytearray):
             return (ctypes.c_char * len(obj)).from_buffer(obj)
         if numpy is not None and isinstance(obj, numpy.ndarray):
@@ -105,16 +109,12 @@ class CharOut:
         return ctypes.create_string_buffer(_to_bytes(obj))
 
 
-class CharPtrArray:
+class CharPtrArray(_PassCtypes):
     """char **: a ctypes array of c_char_p (filled by the C side), or a
     sequence of names (copied)."""
 
-    @classmethod
-    def from_param(cls, obj):
-        if obj is None:
-            return None
-        if _is_ctypes(obj):
-            return obj
+    @staticmethod
+    def convert(obj):
         items = [None if s is None else _to_bytes(s) for s in obj]
         return (ctypes.c_char_p * len(items))(*items)
 

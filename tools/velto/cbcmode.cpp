@@ -9,6 +9,8 @@
 #include <cstring>
 #include <strings.h>
 
+#include "driverutil.h"
+
 namespace velto_cli {
 namespace {
 
@@ -158,14 +160,6 @@ int failure(const std::string &text) {
   return 2;
 }
 
-std::string libmessage(VLTENVptr env, int status) {
-  char buf[1024];
-  if (VLTgeterrorstring(env, status, buf) == nullptr) return "library error " + std::to_string(status);
-  std::string s = buf;
-  while (!s.empty() && (s.back() == '\n' || s.back() == '.')) s.pop_back();
-  return s;
-}
-
 bool integer_model(Session &s) {
   int t = VLTgetprobtype(s.env, s.lp);
   return t == 1 || t == 7;  // integer linear or integer quadratic
@@ -210,7 +204,7 @@ int optimize(Session &s, Act how) {
       VLTsetintparam(s.env, VLT_PARAM_PREIND, preind);
     }
   }
-  if (status != 0) return failure("optimizer failed: " + libmessage(s.env, status));
+  if (status != 0) return failure("optimizer failed: " + errorline(s.env, status));
   s.solved = target;
   VLTflushstdchannels(s.env);
   if (!s.quiet) {
@@ -248,7 +242,7 @@ int run(Session &s, const Keyword &k, const std::string &value, bool *quit) {
     case Act::Import:
       droprelaxed(s);
       status = VLTreadcopyprob(s.env, s.lp, value.c_str(), nullptr);
-      if (status != 0) return failure("cannot read '" + value + "': " + libmessage(s.env, status));
+      if (status != 0) return failure("cannot read '" + value + "': " + errorline(s.env, status));
       s.loaded = true;
       if (s.sense != 0) VLTchgobjsen(s.env, s.lp, s.sense);
       return 0;
@@ -313,7 +307,7 @@ int run(Session &s, const Keyword &k, const std::string &value, bool *quit) {
     case Act::Export:
       if (!s.loaded) return failure("no model to export: give a model file first");
       status = VLTwriteprob(s.env, s.lp, value.c_str(), nullptr);
-      if (status != 0) return failure("cannot write '" + value + "': " + libmessage(s.env, status));
+      if (status != 0) return failure("cannot write '" + value + "': " + errorline(s.env, status));
       return 0;
     case Act::Log:
       s.quiet = v <= 0;
@@ -337,7 +331,7 @@ int run(Session &s, const Keyword &k, const std::string &value, bool *quit) {
       if (!s.quiet) std::printf("Keyword '%s' ignored\n", what.c_str());
       return 0;
   }
-  if (status != 0) return failure("cannot set '" + what + "': " + libmessage(s.env, status));
+  if (status != 0) return failure("cannot set '" + what + "': " + errorline(s.env, status));
   return 0;
 }
 
@@ -402,7 +396,7 @@ int cbc_main(int argc, char **argv) {
   int rc = 0;
   s.lp = VLTcreateprob(s.env, &status, "velto");
   if (s.lp == nullptr)
-    rc = failure("could not create a problem: " + libmessage(s.env, status));
+    rc = failure("could not create a problem: " + errorline(s.env, status));
   else
     rc = session(s, args);
   VLTflushstdchannels(s.env);

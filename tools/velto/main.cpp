@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "cbcmode.h"
-#include "paths.h"
+#include "driverutil.h"
 #include "velto.h"
 
 #ifndef VELTO_EXAMPLE_MODEL
@@ -138,13 +138,7 @@ bool parsedbl(const std::string &s, double *out) {
   return true;
 }
 
-std::string errorline(VLTENVptr env, int status) {
-  char buf[1024];
-  if (VLTgeterrorstring(env, status, buf) == nullptr) return "library error " + std::to_string(status);
-  std::string s = buf;
-  while (!s.empty() && (s.back() == '\n' || s.back() == '.')) s.pop_back();
-  return s;
-}
+using velto_cli::errorline;
 
 // Sets one parameter by name, finding its kind from the parameter table.
 void setparam(VLTENVptr env, const std::string &name, const std::string &text) {

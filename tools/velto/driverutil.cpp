@@ -1,4 +1,4 @@
-#include "paths.h"
+#include "driverutil.h"
 
 #include <climits>
 #include <unistd.h>
@@ -13,6 +13,14 @@ std::string beside_executable(const std::string &relpath) {
   size_t slash = exe.rfind('/');
   if (slash == std::string::npos) return "";
   return exe.substr(0, slash + 1) + relpath;
+}
+
+std::string errorline(VLTENVptr env, int status) {
+  char buf[1024];
+  if (VLTgeterrorstring(env, status, buf) == nullptr) return "library error " + std::to_string(status);
+  std::string s = buf;
+  while (!s.empty() && (s.back() == '\n' || s.back() == '.')) s.pop_back();
+  return s;
 }
 
 }  // namespace velto_cli
