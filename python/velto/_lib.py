@@ -111,11 +111,12 @@ def _wrap(name, restype, params):
     def call(*args):
         env = _address(args[0]) if has_env and args else None
         written = _errors.get(env) if env is not None else None
-        start = len(written) if written is not None else 0
+        if written:
+            del written[:]  # left by calls that do not check
         result = cfunc(*args)
-        new = written[start:] if written is not None else []
-        if written is not None:
-            del written[start:]
+        new = list(written) if written else []
+        if written:
+            del written[:]
         if status_result:
             if result != 0:
                 _raise(name, env, result, new)

@@ -285,7 +285,7 @@ class Problem:
         """Solves the model: method auto, primal or dual for a linear model;
         an integer model needs the library's integer optimizer."""
         if self.is_mip:
-            if not _lib.has_function("VLTmipopt"):
+            if "VLTmipopt" not in F:
                 raise VeltoError("the model has integer columns and this library has no "
                                  "integer optimizer", None, "VLTmipopt")
             self._call("VLTmipopt")

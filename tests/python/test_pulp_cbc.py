@@ -114,7 +114,7 @@ def test_iteration_limit_reads_back_as_not_solved(tmp_path):
 def test_keywords_with_and_without_dashes_and_first_argument_form(tmp_path):
     p, mps = write_mps(pulp_models.production, tmp_path)
     a, b = tmp_path / "a.sol", tmp_path / "b.sol"
-    r1 = run(mps, "max", "sec", "60", "threads", "1", "ratio", "0.01", "allow", "0.5",
+    r1 = run(mps, "max", "sec", "60", "threads", "0", "threads", "2", "ratio", "0.01", "allow", "0.5",
              "presolve", "on", "timeMode", "elapsed", "gomory", "on", "strong", "5",
              "initialSolve", "printingOptions", "all", "solution", a)
     r2 = subprocess.run([os.path.join(os.path.dirname(CBC), "velto"), "--cbc", mps, "-max",

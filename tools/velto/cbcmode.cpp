@@ -252,6 +252,7 @@ int run(Session &s, const Keyword &k, const std::string &value, bool *quit) {
       if (s.loaded) VLTchgobjsen(s.env, s.lp, s.sense);
       return 0;
     case Act::IntParam:
+      if (k.param == VLT_PARAM_THREADS && v <= 0) return 0;  // 0: the default, as in CBC
       status = VLTsetintparam(s.env, k.param, static_cast<int>(v));
       break;
     case Act::DblParam:
