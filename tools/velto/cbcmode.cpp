@@ -194,15 +194,6 @@ int optimize(Session &s, Act how) {
     status = how == Act::Primal ? VLTprimopt(s.env, target)
              : how == Act::Dual ? VLTdualopt(s.env, target)
                                 : VLTlpopt(s.env, target);
-    // Presolve may leave "infeasible or unbounded" open; a run without it
-    // tells the two apart, as a modelling tool needs.
-    int preind = 1;
-    if (status == 0 && VLTgetstat(s.env, target) == 4 &&
-        VLTgetintparam(s.env, VLT_PARAM_PREIND, &preind) == 0 && preind != 0) {
-      VLTsetintparam(s.env, VLT_PARAM_PREIND, 0);
-      status = VLTlpopt(s.env, target);
-      VLTsetintparam(s.env, VLT_PARAM_PREIND, preind);
-    }
   }
   if (status != 0) return failure("optimizer failed: " + errorline(s.env, status));
   s.solved = target;
