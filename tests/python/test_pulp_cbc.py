@@ -176,3 +176,36 @@ def test_export_writes_a_model_that_reads_back(tmp_path):
     assert run(mps, "solve", "solution", a).returncode == 0
     assert run(out, "solve", "solution", b).returncode == 0
     assert close(float(a.read_text().split()[4]), float(b.read_text().split()[4]))
+
+
+FAKE_MIP = r"""
+/* Stand-ins for the integer optimizer: they only prove that velto-cbc calls
+ * what the library exports.  x is left at zero, no incumbent status. */
+typedef struct velto_env *VLTENVptr;
+typedef struct velto_lp *VLTLPptr;
+int VLTmipopt(VLTENVptr env, VLTLPptr lp) { (void)env; (void)lp; return 0; }
+int VLTgetmipx(VLTENVptr env, VLTLPptr lp, double *x, int b, int e) {
+  (void)env; (void)lp;
+  for (int j = b; j <= e; ++j) x[j - b] = 0.0;
+  return 0;
+}
+int VLTgetmipobjval(VLTENVptr env, VLTLPptr lp, double *z) { (void)env; (void)lp; *z = 0; return 0; }
+"""
+
+
+def test_branch_calls_the_integer_optimizer_once_the_library_exports_it(tmp_path):
+    import shutil
+    cc = shutil.which("cc") or shutil.which("gcc")
+    if cc is None:
+        pytest.skip("no C compiler to build the stand-in integer optimizer")
+    src, so = tmp_path / "fakemip.c", tmp_path / "libfakemip.so"
+    src.write_text(FAKE_MIP)
+    subprocess.run([cc, "-shared", "-fPIC", "-o", str(so), str(src)], check=True)
+    _, mps = write_mps(pulp_models.knapsack, tmp_path)
+    sol = tmp_path / "out.sol"
+    r = subprocess.run([CBC, mps, "max", "branch", "solution", str(sol)], capture_output=True,
+                       text=True, env=dict(os.environ, LD_PRELOAD=str(so)))
+    assert r.returncode == 0, r.stderr
+    assert "no integer optimizer" not in r.stderr
+    # No incumbent status from the stand-in: a stopped run without a solution.
+    assert sol.read_text().startswith("Stopped on difficulties - no integer solution")
