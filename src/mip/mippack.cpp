@@ -119,7 +119,7 @@ void packnode(const packlayout &L, const int *cstat, const int *rstat, const dou
   out.clear();
   bitwriter bw(out);
   uint32_t flags = 0;
-  bool basis = cstat != nullptr && rstat != nullptr;
+  bool basis = cstat != nullptr && (rstat != nullptr || L.nrows == 0);
   bool rows2 = L.ranged, c12 = false;
   if (basis) {
     flags |= 1;
