@@ -106,7 +106,8 @@ int chgprobtype(env *e, lp *p, int type) {
         if (c->ctype == nullptr) return kNoMemory;
         std::fill(c->ctype, c->ctype + std::max(c->colspace, 1), 'C');
       }
-      dropstate(e, p, 17);
+      soln_free(&p->soln);
+      p->lpstat = 0;
       settype(p);
       return 0;
     case kTypeRelaxed:
