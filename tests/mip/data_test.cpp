@@ -238,3 +238,30 @@ TEST_F(DataTest, ResultGettersBeforeARun) {
 
 }  // namespace
 }  // namespace miptest
+
+namespace miptest {
+namespace {
+
+TEST_F(MipTest, CloneCarriesTypesAndSets) {
+  loadcols(3, {0, 0, 0}, {1, 1, 1});
+  ASSERT_EQ(VLTcopyctype(env, lp, "BIC"), 0);
+  const char type[] = {'2'};
+  const int beg[] = {0};
+  const int ind[] = {2, 0};
+  const double wt[] = {2, 1};
+  ASSERT_EQ(VLTcopysos(env, lp, 1, 2, type, nullptr, beg, ind, wt), 0);
+  int status;
+  VLTLPptr q = VLTcloneprob(env, lp, &status);
+  ASSERT_EQ(status, 0);
+  // Changing the original leaves the clone's sets alone.
+  int del[] = {1};
+  ASSERT_EQ(VLTdelsetsos(env, lp, del), 0);
+  EXPECT_EQ(VLTgetnumsos(env, lp), 0);
+  EXPECT_EQ(VLTgetnumsos(env, q), 1);
+  EXPECT_EQ(VLTgetnumbin(env, q), 1);
+  EXPECT_EQ(VLTgetnumint(env, q), 1);
+  VLTfreeprob(env, &q);
+}
+
+}  // namespace
+}  // namespace miptest
