@@ -182,12 +182,7 @@ int treewriteblock(env *e, bbtree *t) {
     if (keep == 1) blk.keys[1] = std::min(blk.keys[1], t->score.key[k]);
     nodeserialize(*nd, raw);
     nd->id = -1;  // the memory record goes; the node lives on in the block
-    t->score.remove(k);
-    t->bound.remove(k);
-    t->livebytes -= static_cast<double>(nd->bytes());
-    t->entry[k] = nullptr;
-    t->freelist.push_back(k);
-    --t->count;
+    treedrop(t, k);
     delete nd;
   }
   blk.number = ++t->nblocks;
@@ -265,21 +260,7 @@ int treereadblock(env *e, bbtree *t) {
       delete nd;
       continue;
     }
-    int seq = nd->nodeseq;
-    int k;
-    if (!t->freelist.empty()) {
-      k = t->freelist.back();
-      t->freelist.pop_back();
-      t->entry[k] = nd;
-    } else {
-      k = static_cast<int>(t->entry.size());
-      t->entry.push_back(nd);
-    }
-    ++t->count;
-    nd->nodeseq = seq;
-    t->score.insert(k, nodescore(t, nd));
-    if (t->nodesel != 1) t->bound.insert(k, nd->bound);
-    t->livebytes += static_cast<double>(nd->bytes());
+    treeadd(t, nd);
   }
   (void)e;
   return 0;

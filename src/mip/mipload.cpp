@@ -216,13 +216,33 @@ int delsetsos(env *e, lp *p, int *delstat) {
   return 0;
 }
 
-int copyorder(env *e, lp *p, int cnt, const int *indices, const int *priority,
-              const int *direction) {
+// Frame of the list copies (orders, start values): handles, the count and
+// the MIP holder; *m is null when there is nothing more to do.
+int listcopyframe(env *e, lp *p, int cnt, mipdata **m) {
+  *m = nullptr;
   int status = frame(e, p);
   if (status) return status;
   if (cnt < 0) return kBadArgument;
-  mipdata *m = mipdatanew(e, p);
-  if (m == nullptr) return kNoMemory;
+  *m = mipdatanew(e, p);
+  return *m == nullptr ? kNoMemory : 0;
+}
+
+// Frame of the list getters: handles, the type, the out pointers.
+int listgetframe(env *e, lp **pp, int *cnt, int *surplus) {
+  if (cnt) *cnt = 0;
+  if (surplus) *surplus = 0;
+  if (!checkenv(e)) return kNoEnvironment;
+  if (!checklpfollow(pp)) return kNoProblem;
+  int status = cache_flush(e, *pp);
+  if (status) return status;
+  return integertype((*pp)->probtype) ? 0 : 3003;
+}
+
+int copyorder(env *e, lp *p, int cnt, const int *indices, const int *priority,
+              const int *direction) {
+  mipdata *m;
+  int status = listcopyframe(e, p, cnt, &m);
+  if (status) return status;
   if (cnt == 0) {
     delete m->order;
     m->order = nullptr;
@@ -254,13 +274,8 @@ int copyorder(env *e, lp *p, int cnt, const int *indices, const int *priority,
 
 int getorder(env *e, lp *p, int *cnt, int *indices, int *priority, int *direction, int space,
              int *surplus) {
-  if (cnt) *cnt = 0;
-  if (surplus) *surplus = 0;
-  if (!checkenv(e)) return kNoEnvironment;
-  if (!checklpfollow(&p)) return kNoProblem;
-  int status = cache_flush(e, p);
+  int status = listgetframe(e, &p, cnt, surplus);
   if (status) return status;
-  if (!integertype(p->probtype)) return 3003;
   orderdata gen;
   const orderdata *o = p->mip ? p->mip->order : nullptr;
   if (o == nullptr && e->mipparams->mipordtype > 0) {
@@ -283,11 +298,9 @@ int getorder(env *e, lp *p, int *cnt, int *indices, int *priority, int *directio
 }
 
 int copymipstart(env *e, lp *p, int cnt, const int *indices, const double *values) {
-  int status = frame(e, p);
+  mipdata *m;
+  int status = listcopyframe(e, p, cnt, &m);
   if (status) return status;
-  if (cnt < 0) return kBadArgument;
-  mipdata *m = mipdatanew(e, p);
-  if (m == nullptr) return kNoMemory;
   if (cnt == 0) {
     delete m->start;
     m->start = nullptr;
@@ -308,13 +321,8 @@ int copymipstart(env *e, lp *p, int cnt, const int *indices, const double *value
 
 int getmipstart(env *e, lp *p, int *cnt, int *indices, double *values, int space,
                 int *surplus) {
-  if (cnt) *cnt = 0;
-  if (surplus) *surplus = 0;
-  if (!checkenv(e)) return kNoEnvironment;
-  if (!checklpfollow(&p)) return kNoProblem;
-  int status = cache_flush(e, p);
+  int status = listgetframe(e, &p, cnt, surplus);
   if (status) return status;
-  if (!integertype(p->probtype)) return 3003;
   const mipstartdata *s = p->mip ? p->mip->start : nullptr;
   if (s == nullptr) return 3020;
   if (!cnt || !surplus) return kNullPointer;

@@ -174,9 +174,7 @@ void treerekey(bbtree *t) {
   t->blockbest = t->blocks.empty() ? 1e75 : t->blocks.front().key;
 }
 
-namespace {
-
-int takeentry(bbtree *t, bbnode *nd) {
+int treeadd(bbtree *t, bbnode *nd) {
   int k;
   if (!t->freelist.empty()) {
     k = t->freelist.back();
@@ -188,10 +186,13 @@ int takeentry(bbtree *t, bbnode *nd) {
   }
   ++t->count;
   t->highwater = std::max(t->highwater, t->count);
+  t->score.insert(k, nodescore(t, nd));
+  if (t->nodesel != 1) t->bound.insert(k, nd->bound);
+  t->livebytes += static_cast<double>(nd->bytes());
   return k;
 }
 
-void dropentry(bbtree *t, int k) {
+void treedrop(bbtree *t, int k) {
   t->score.remove(k);
   t->bound.remove(k);
   t->livebytes -= static_cast<double>(t->entry[k]->bytes());
@@ -199,6 +200,8 @@ void dropentry(bbtree *t, int k) {
   t->freelist.push_back(k);
   --t->count;
 }
+
+namespace {
 
 // Lowest bound over the store and the blocks.
 void recomputebest(bbtree *t) {
@@ -226,10 +229,7 @@ int treepush(env *e, bbtree *t, bbnode *nd) {
     int status = treewriteblock(e, t);
     if (status) return status;
   }
-  int k = takeentry(t, nd);
-  t->score.insert(k, nodescore(t, nd));
-  if (t->nodesel != 1) t->bound.insert(k, nd->bound);
-  t->livebytes += size;
+  treeadd(t, nd);
   return 0;
 }
 
@@ -250,7 +250,7 @@ int treepop(env *e, bbtree *t, bbnode **out) {
     k = t->score.top();
   }
   bbnode *nd = t->entry[k];
-  dropentry(t, k);
+  treedrop(t, k);
   if (nd->bound <= t->bestbound) recomputebest(t);
   ++t->picks;
   *out = nd;
@@ -264,7 +264,7 @@ int treeprune(env *e, bbtree *t, double cutoff, int *status) {
   for (int k = 0; k < static_cast<int>(t->entry.size()); ++k) {
     bbnode *nd = t->entry[k];
     if (nd == nullptr || !(nd->bound > cutoff)) continue;
-    dropentry(t, k);
+    treedrop(t, k);
     delete nd;
     ++freed;
   }

@@ -155,6 +155,19 @@ int incframe(env *e, lp **pp, mipwork **w, incumbent **s) {
   return 0;
 }
 
+// A double result of the run: the frame, the out pointer, the value.
+template <class F>
+int dblgetter(env *e, lp *p, double *out, F value) {
+  return finish(e, guarded([&] {
+    mipwork *w;
+    int status = runframe(e, &p, &w);
+    if (status) return status;
+    if (out == nullptr) return static_cast<int>(kNullPointer);
+    *out = value(w) * p->core->objsen;
+    return 0;
+  }));
+}
+
 template <class F>
 int intgetter(env *e, lp *p, int fail, F f) {
   mipwork *w = nullptr;
@@ -324,25 +337,11 @@ int VLTgetmipobjval(VLTENVptr env, VLTLPptr lp, double *objval_p) {
 }
 
 int VLTgetbestobjval(VLTENVptr env, VLTLPptr lp, double *objval_p) {
-  return finish(env, guarded([&] {
-    mipwork *w;
-    int status = runframe(env, &lp, &w);
-    if (status) return status;
-    if (objval_p == nullptr) return static_cast<int>(kNullPointer);
-    *objval_p = w->bestnodeobj * lp->core->objsen;
-    return 0;
-  }));
+  return dblgetter(env, lp, objval_p, [](mipwork *w) { return w->bestnodeobj; });
 }
 
 int VLTgetcutoff(VLTENVptr env, VLTLPptr lp, double *cutoff_p) {
-  return finish(env, guarded([&] {
-    mipwork *w;
-    int status = runframe(env, &lp, &w);
-    if (status) return status;
-    if (cutoff_p == nullptr) return static_cast<int>(kNullPointer);
-    *cutoff_p = (w->inc ? w->inc->cutoff : 1e75) * lp->core->objsen;
-    return 0;
-  }));
+  return dblgetter(env, lp, cutoff_p, [](mipwork *w) { return w->inc ? w->inc->cutoff : 1e75; });
 }
 
 int VLTgetmipitcnt(VLTENVptr env, VLTLPptr lp) {

@@ -151,6 +151,10 @@ int treepush(env *e, bbtree *t, bbnode *nd);
 int treepop(env *e, bbtree *t, bbnode **nd);
 // Frees every node and block whose bound is above the cutoff; returns the count.
 int treeprune(env *e, bbtree *t, double cutoff, int *status);
+// Enters a node into the open table and both heaps (no memory test);
+// returns its entry.  treedrop takes entry k out (the node is not freed).
+int treeadd(bbtree *t, bbnode *nd);
+void treedrop(bbtree *t, int k);
 // Recomputes every score (after a change of nodesel or of the estimates).
 void treerekey(bbtree *t);
 double nodescore(const bbtree *t, const bbnode *nd);
