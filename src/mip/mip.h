@@ -93,4 +93,8 @@ int orderfromrule(env *e, lp *p, int kind, orderdata &out);
 void rowcopybuild(const lp *p, rowcopy &rc);
 void rowclassbuild(const lp *p, std::vector<int> &cls);
 
+// Fixes at 0 the members of each set that the working bounds glb/gub
+// force out; returns 103 when a set cannot be satisfied, else 0.
+int sosreduce(const sosdata &s, std::vector<double> &glb, std::vector<double> &gub);
+
 }  // namespace velto

@@ -226,11 +226,12 @@ int orderfromrule(env *e, lp *p, int kind, orderdata &out) {
       if (t[j] == 'C' || std::fabs(obj[j]) <= 1e-10) continue;
       score[j] = std::fabs(obj[j]) * (c->colscale ? c->colscale[j] : 1.0);
       if (kind == 3) score[j] = c->matcnt[j] > 0 ? score[j] / c->matcnt[j] : 0.0;
+      if (score[j] == 0.0) continue;
       has[j] = true;
       any = true;
     }
     if (!any) {
-      for (int j = 0; j < n; ++j) pri[j] = t[j] != 'C' && t[j] != 'c' ? 1 : 0;
+      for (int j = 0; j < n; ++j) pri[j] = t[j] != 'C' ? 1 : 0;
     } else {
       std::vector<int> order(n);
       std::iota(order.begin(), order.end(), 0);
@@ -248,7 +249,7 @@ int orderfromrule(env *e, lp *p, int kind, orderdata &out) {
       int cur = 0;
       double prev = 0.0;
       for (int j : order) {
-        if (t[j] == 'C' || t[j] == 'c') continue;
+        if (t[j] == 'C') continue;
         if (cur == 0) cur = 1;
         else if (score[j] - prev > step) ++cur;
         pri[j] = cur;

@@ -97,4 +97,32 @@ void rowclassbuild(const lp *p, std::vector<int> &cls) {
   }
 }
 
+int sosreduce(const sosdata &s, std::vector<double> &glb, std::vector<double> &gub) {
+  for (int k = 0; k < s.count; ++k) {
+    int b = s.beg[k], e = s.beg[k + 1];
+    int first = -1, last = -1, nonzero = 0;
+    for (int q = b; q < e; ++q) {
+      int j = s.ind[q];
+      if (glb[j] > 1e-10 || gub[j] < -1e-10) {
+        if (first < 0) first = q;
+        last = q;
+        ++nonzero;
+      }
+    }
+    if (nonzero == 0) continue;
+    int lo, hi;  // positions that may stay non-zero
+    if (s.type[k] == '1') {
+      if (nonzero > 1) return 103;
+      lo = hi = first;
+    } else {
+      if (nonzero > 2 || last - first > 1) return 103;
+      lo = nonzero == 2 ? first : first - 1;
+      hi = nonzero == 2 ? last : first + 1;
+    }
+    for (int q = b; q < e; ++q)
+      if (q < lo || q > hi) glb[s.ind[q]] = gub[s.ind[q]] = 0.0;
+  }
+  return 0;
+}
+
 }  // namespace velto

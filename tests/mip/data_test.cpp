@@ -265,3 +265,33 @@ TEST_F(MipTest, CloneCarriesTypesAndSets) {
 
 }  // namespace
 }  // namespace miptest
+
+namespace miptest {
+namespace {
+
+TEST_F(MipTest, GeneratedOrderByDecreasingCostTakesContinuousSetMembers) {
+  loadcols(7, std::vector<double>(7, 0.0), std::vector<double>(7, 1.0));
+  ASSERT_EQ(VLTcopyctype(env, lp, "BBIIICC"), 0);
+  const int idx[] = {0, 1, 2, 3, 4, 5, 6};
+  const double c[] = {1, 10, 2, 100, 0, 5, -3};
+  ASSERT_EQ(VLTchgobj(env, lp, 7, idx, c), 0);
+  // Columns 5 and 6 are continuous but set members: they take part.
+  const char st[] = {'1'};
+  const int sb[] = {0};
+  const int si[] = {5, 6};
+  const double sw[] = {1, 2};
+  ASSERT_EQ(VLTcopysos(env, lp, 1, 2, st, nullptr, sb, si, sw), 0);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_MIPORDTYPE, 1), 0);
+  int cnt, surplus, ind[7], pri[7];
+  take(res);
+  ASSERT_EQ(VLTgetorder(env, lp, &cnt, ind, pri, nullptr, 7, &surplus), 0);
+  EXPECT_EQ(take(res), "Generated priority order by decreasing cost.\n");
+  // Scores 1, 10, 2, 100, none, 5, 3: step (100 - 1) * 0.25 / 6 = 4.125.
+  // By rising score 0, 1, 2, 3, 5 stay at 1; 10 is 5 past 5 (priority 2),
+  // 100 past 10 (priority 3).
+  EXPECT_EQ(std::vector<int>(ind, ind + cnt), (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(std::vector<int>(pri, pri + cnt), (std::vector<int>{1, 2, 1, 3, 1, 1, 1}));
+}
+
+}  // namespace
+}  // namespace miptest
