@@ -57,6 +57,11 @@ int nodelp_make(env *e, lp *p, lp **nodelp);
 int nodeinstall(env *e, nodestate &ns, const bdchglist *bounds, const int *cstat,
                 const int *rstat);
 
+// Pricing for the node solves when the run left it to the library
+// (`dpriind` 0): average iterations per node above 50 choose 4, below 20
+// choose 5, else the parameter stays.  Returns the value set or kept.
+int nodepricing(env *e, int dpriind, int nodes, long long iters, long long rootiters);
+
 // Result of a node solve.
 struct lpresult {
   int status = 0;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "env/files.h"
 #include "env/par.h"
 #include "mip/miptree.h"
 
@@ -289,6 +290,29 @@ int treeprune(env *e, bbtree *t, double cutoff, int *status) {
   recomputebest(t);
   (void)e;
   return freed;
+}
+
+void treefreelog(env *e, bbtree *t, double interval) {
+  if (t == nullptr) return;
+  int total = treesize(t), freed = 0, sincenote = 0;
+  bool headed = false;
+  double last = now(e);
+  for (int k = 0; k < static_cast<int>(t->entry.size()); ++k) {
+    bbnode *nd = t->entry[k];
+    if (nd == nullptr) continue;
+    treedrop(t, k);
+    delete nd;
+    ++freed;
+    ++sincenote;
+    if (t->display > 0 && sincenote >= 1000 && now(e) - last >= interval) {
+      if (!headed) msg(e->reschannel, "Freeing branch-and-bound tree with %d nodes\n", total);
+      headed = true;
+      msg(e->reschannel, "%d nodes freed\n", freed);
+      sincenote = 0;
+      last = now(e);
+    }
+  }
+  treefree(t);
 }
 
 void treefree(bbtree *t) {

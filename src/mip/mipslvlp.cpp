@@ -95,6 +95,15 @@ int nodeinstall(env *e, nodestate &ns, const bdchglist *bounds, const int *cstat
   return status;
 }
 
+int nodepricing(env *e, int dpriind, int nodes, long long iters, long long rootiters) {
+  if (dpriind == 0 && nodes > 0) {
+    long long a = (iters - rootiters) / nodes;
+    if (a > 50) e->params->dpriind = 4;
+    else if (a < 20) e->params->dpriind = 5;
+  }
+  return e->params->dpriind;
+}
+
 int nodelpsolve(env *e, lp *q, int objsen, double cutoff, double start, double tilim, int alg,
                 lpresult *res, int *iters, double *obj) {
   *res = lpresult();

@@ -145,6 +145,11 @@ void treeupdate(env *e, bbtree *t, int nodesel, int varsel, double workmem, doub
                 int nodefile, const char *workdir, int bbinterval);
 // Frees the tree, its blocks and their files.
 void treefree(bbtree *t);
+// The freeing pass at the end of a run: frees every open node, noting the
+// progress on the results channel when `display` is on and at least
+// `interval` seconds and 1000 nodes have passed since the last note; then
+// frees the tree.
+void treefreelog(env *e, bbtree *t, double interval = 5.0);
 // Inserts a node (the tree owns it), writing a block first when memory is short.
 int treepush(env *e, bbtree *t, bbnode *nd);
 // Takes the next node by the selection rule (null when empty).

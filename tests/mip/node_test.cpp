@@ -243,3 +243,19 @@ TEST_F(NodeTest, FixedIntegerWithFractionalBoundIsRefused) {
 
 }  // namespace
 }  // namespace miptest
+
+namespace miptest {
+namespace {
+
+TEST_F(MipTest, NodePricingFollowsIterationsPerNode) {
+  using velto::nodepricing;
+  EXPECT_EQ(nodepricing(env, 0, 10, 1000 + 10 * 60, 1000), 4);  // 60 a node
+  EXPECT_EQ(nodepricing(env, 0, 10, 1000 + 10 * 30, 1000), 4);  // in between: stays
+  EXPECT_EQ(nodepricing(env, 0, 10, 1000 + 10 * 10, 1000), 5);  // 10 a node
+  EXPECT_EQ(nodepricing(env, 0, 0, 5000, 1000), 5);             // no nodes yet
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_DPRIIND, 2), 0);
+  EXPECT_EQ(nodepricing(env, 2, 10, 100000, 0), 2);             // chosen by the user
+}
+
+}  // namespace
+}  // namespace miptest

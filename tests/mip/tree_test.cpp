@@ -233,3 +233,18 @@ TEST_F(TreeTest, AnUnwritableDirectoryIsAnError) {
 
 }  // namespace
 }  // namespace miptest
+
+namespace miptest {
+namespace {
+
+TEST_F(TreeTest, FreeingPassNotesItsProgress) {
+  make(1);
+  for (int k = 0; k < 2500; ++k) treepush(env, tree, node(k, k));
+  take(res);
+  treefreelog(env, tree, 0.0);  // a note after every 1000 nodes
+  tree = nullptr;
+  EXPECT_EQ(take(res), "Freeing branch-and-bound tree with 2500 nodes\n1000 nodes freed\n2000 nodes freed\n");
+}
+
+}  // namespace
+}  // namespace miptest
