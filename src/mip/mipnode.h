@@ -62,6 +62,23 @@ int nodeinstall(env *e, nodestate &ns, const bdchglist *bounds, const int *cstat
 // choose 5, else the parameter stays.  Returns the value set or kept.
 int nodepricing(env *e, int dpriind, int nodes, long long iters, long long rootiters);
 
+// Reduced-cost fixing.  rcfix[j] is the objective above which column j must
+// stay at the bound glbside[j] ('L' or 'U'); -1e75 when unset.
+struct rcfixtable {
+  std::vector<double> rcfix;
+  std::vector<char> glbside;
+};
+// Enters the root solution of `q` (objective `obj`, minimization sign).
+int rcfix_root(env *e, lp *q, const char *ctype, int objsen, double obj, rcfixtable &t);
+// Fixes the global bounds of columns whose entry is above the cutoff;
+// returns the count.
+int rcfix_apply(const rcfixtable &t, const char *ctype, double cutoff, std::vector<double> &glb,
+                std::vector<double> &gub);
+// At a node of objective `nodeobj`: fixes integer columns whose reduced
+// cost exceeds the gap to the cutoff, in `list` and in `q`.
+int rcfix_node(env *e, lp *q, const char *ctype, int objsen, double nodeobj, double cutoff,
+               bdchglist &list, int *fixed);
+
 // Result of a node solve.
 struct lpresult {
   int status = 0;

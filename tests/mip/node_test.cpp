@@ -259,3 +259,71 @@ TEST_F(MipTest, NodePricingFollowsIterationsPerNode) {
 
 }  // namespace
 }  // namespace miptest
+
+namespace miptest {
+namespace {
+
+// Every integer solution at or below a cutoff keeps the bounds that the
+// reduced-cost fixing sets for that cutoff (checked by enumeration).  The
+// cutoffs are the solutions' own objectives, so ties with a reduced cost
+// are met (regression: a point exactly at the cutoff was fixed away by
+// rounding in cutoff - objective).
+TEST_F(NodeTest, ReducedCostFixingKeepsEveryGoodIntegerSolution) {
+  lpresult r;
+  int it;
+  double z;
+  ASSERT_EQ(nodelpsolve(env, ns.nodelp, -1, 1e75, 0.0, 1e75, 2, &r, &it, &z), 0);
+  ASSERT_EQ(r.status, 1);
+  const char *ct = lp->core->ctype;
+  rcfixtable t;
+  ASSERT_EQ(rcfix_root(env, ns.nodelp, ct, -1, z, t), 0);
+  // All binary points, feasible ones with their objective in minimization sign.
+  const double c[] = {5, 4, 3, 2, 1};
+  const double a[3][5] = {{2, 3, 1, 4, 1}, {4, 1, 2, 3, 0}, {3, 4, 2, 1, 1}};
+  const double b[] = {5, 11, 8};
+  std::vector<std::pair<double, int>> pts;
+  for (int mask = 0; mask < 32; ++mask) {
+    bool ok = true;
+    double obj = 0;
+    for (int i = 0; i < 3; ++i) {
+      double act = 0;
+      for (int j = 0; j < 5; ++j) act += a[i][j] * ((mask >> j) & 1);
+      ok &= act <= b[i] + 1e-9;
+    }
+    for (int j = 0; j < 5; ++j) obj -= c[j] * ((mask >> j) & 1);
+    if (ok) pts.push_back({obj, mask});
+  }
+  ASSERT_GT(pts.size(), 3u);
+  int total = 0;
+  for (auto &cut : pts) {
+    double cutoff = cut.first;
+    std::vector<double> glb(5, 0.0), gub(5, 1.0);
+    total += rcfix_apply(t, ct, cutoff, glb, gub);
+    bdchglist list;
+    int fixed = 0;
+    ASSERT_EQ(rcfix_node(env, ns.nodelp, ct, -1, z, cutoff, list, &fixed), 0);
+    for (auto &p : pts) {
+      if (p.first > cutoff) continue;
+      for (int j = 0; j < 5; ++j) {
+        int v = (p.second >> j) & 1;
+        EXPECT_TRUE(v >= glb[j] && v <= gub[j]) << "cutoff " << cutoff << " column " << j;
+      }
+      for (int k = 0; k < list.count; ++k) {
+        int v = (p.second >> list.index[k]) & 1;
+        EXPECT_TRUE(list.sense[k] == 'U' ? v <= list.value[k] : v >= list.value[k])
+            << "cutoff " << cutoff << " column " << list.index[k];
+      }
+    }
+    // The node problem got the same bounds; put the global ones back.
+    ASSERT_EQ(nodeinstall(env, ns, nullptr, nullptr, nullptr), 0);
+    std::vector<int> all = {0, 1, 2, 3, 4};
+    std::vector<char> l(5, 'L'), u(5, 'U');
+    ASSERT_EQ(VLTchgbds(env, ns.nodelp, 5, all.data(), l.data(), ns.glb.data()), 0);
+    ASSERT_EQ(VLTchgbds(env, ns.nodelp, 5, all.data(), u.data(), ns.gub.data()), 0);
+    ASSERT_EQ(nodelpsolve(env, ns.nodelp, -1, 1e75, 0.0, 1e75, 2, &r, &it, &z), 0);
+  }
+  EXPECT_GT(total, 0);  // the tight cutoffs fix something
+}
+
+}  // namespace
+}  // namespace miptest
