@@ -31,6 +31,15 @@ struct mipstartdata {
   std::vector<double> value;
 };
 
+// The semi-continuous conversion: the converted columns with their lower
+// limits, and the added rows and columns of the converted copy.
+struct semidata {
+  int count = 0;
+  std::vector<int> cols;
+  std::vector<double> lower;
+  int firstrow = -1, lastrow = -1, firstcol = -1, lastcol = -1;
+};
+
 struct incumbent;
 struct bbtree;
 
@@ -67,6 +76,7 @@ struct mipdata {
   mipstartdata *start = nullptr;
   mipwork *work = nullptr;
   lp *nodelp = nullptr;
+  env *envp = nullptr;  // the environment the node problem belongs to
   ~mipdata();
 };
 
@@ -92,6 +102,14 @@ int orderfromrule(env *e, lp *p, int kind, orderdata &out);
 // Derived views of the model (unscaled, objective in minimization sign).
 void rowcopybuild(const lp *p, rowcopy &rc);
 void rowclassbuild(const lp *p, std::vector<int> &cls);
+
+// Makes *out, a copy of the model with every 'S' and 'N' column turned into
+// a column on [0, u] linked to a new binary (null when there are none);
+// orders and start values of the model grow by the binaries.  A column
+// with an infinite or negative bound is 3022 (printed).
+int semiconvert(env *e, lp *p, lp **out, semidata &sd);
+// Cuts a column vector of the converted copy back to the model's columns.
+void semirestore_x(const semidata &sd, std::vector<double> &x);
 
 // Fixes at 0 the members of each set that the working bounds glb/gub
 // force out; returns 103 when a set cannot be satisfied, else 0.

@@ -22,7 +22,7 @@ mipdata::~mipdata() {
   delete order;
   delete start;
   delete work;
-  if (nodelp != nullptr) freeprob(nullptr, &nodelp);
+  if (nodelp != nullptr && envp != nullptr) freeprob(envp, &nodelp);
 }
 
 namespace {
@@ -30,6 +30,15 @@ namespace {
 void release_mip(env *, lp *p) {
   delete p->mip;
   p->mip = nullptr;
+}
+
+// A change of the model ends what a run left (its results, the node
+// problem); the orders and start values that the user gave stay.
+void mark_mip(env *e, lp *p, int) {
+  mipdata *m = p->mip;
+  delete m->work;
+  m->work = nullptr;
+  if (m->nodelp != nullptr) freeprob(m->envp ? m->envp : e, &m->nodelp);
 }
 
 void release_sos(env *, lp *p) {
@@ -361,15 +370,18 @@ int counttype(env *e, lp *p, char t) {
 void mip_register() {
   static bool done = false;
   if (!done) {
-    setlayerops(kLayerMip, layerops{release_mip, nullptr});
+    setlayerops(kLayerMip, layerops{release_mip, mark_mip});
     setlayerops(kLayerSos, layerops{release_sos, nullptr});
     done = true;
   }
 }
 
-mipdata *mipdatanew(env *, lp *p) {
+mipdata *mipdatanew(env *e, lp *p) {
   mip_register();
-  if (p->mip == nullptr) p->mip = new (std::nothrow) mipdata();
+  if (p->mip == nullptr) {
+    p->mip = new (std::nothrow) mipdata();
+    if (p->mip != nullptr) p->mip->envp = e;
+  }
   return p->mip;
 }
 

@@ -2,6 +2,7 @@
 // type counts, problem type changes and the result getters before a run.
 #include <cstring>
 
+#include "mip/mip.h"
 #include "mipfix.h"
 
 namespace miptest {
@@ -291,6 +292,46 @@ TEST_F(MipTest, GeneratedOrderByDecreasingCostTakesContinuousSetMembers) {
   // 100 past 10 (priority 3).
   EXPECT_EQ(std::vector<int>(ind, ind + cnt), (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
   EXPECT_EQ(std::vector<int>(pri, pri + cnt), (std::vector<int>{1, 2, 1, 3, 1, 1, 1}));
+}
+
+}  // namespace
+}  // namespace miptest
+
+namespace miptest {
+namespace {
+
+// Regression: a change of sets or types freed the order and start values
+// with the run's results.
+TEST_F(MipTest, ModelChangesEndTheRunButKeepOrderAndStart) {
+  loadcols(3, {0, 0, 0}, {1, 1, 1});
+  ASSERT_EQ(VLTcopyctype(env, lp, "BBB"), 0);
+  const int oi[] = {1};
+  const int op[] = {4};
+  ASSERT_EQ(VLTcopyorder(env, lp, 1, oi, op, nullptr), 0);
+  const double sv[] = {1.0};
+  ASSERT_EQ(VLTcopymipstart(env, lp, 1, oi, sv), 0);
+  lp->mip->work = new velto::mipwork();
+  lp->mip->work->nodecnt = 17;
+  EXPECT_EQ(VLTgetnodecnt(env, lp), 17);
+  const int j[] = {2};
+  ASSERT_EQ(VLTchgctype(env, lp, 1, j, "I"), 0);
+  const char st[] = {'1'};
+  const int sb[] = {0}, sm[] = {0, 1};
+  const double sw[] = {1, 2};
+  ASSERT_EQ(VLTcopysos(env, lp, 1, 2, st, nullptr, sb, sm, sw), 0);
+  take(err);
+  EXPECT_EQ(VLTgetnodecnt(env, lp), 0);
+  EXPECT_EQ(take(err), "VELTO Error  1217: No solution exists.\n");
+  int cnt, surplus, ind[2], pri[2];
+  double v[2];
+  ASSERT_EQ(VLTgetorder(env, lp, &cnt, ind, pri, nullptr, 2, &surplus), 0);
+  EXPECT_EQ(pri[0], 4);
+  ASSERT_EQ(VLTgetmipstart(env, lp, &cnt, ind, v, 2, &surplus), 0);
+  EXPECT_EQ(v[0], 1.0);
+  // A new model drops them.
+  loadcols(2, {0, 0}, {1, 1});
+  ASSERT_EQ(VLTchgprobtype(env, lp, 1), 0);
+  EXPECT_EQ(VLTgetorder(env, lp, &cnt, ind, pri, nullptr, 2, &surplus), 3016);
 }
 
 }  // namespace
