@@ -170,4 +170,33 @@ int treewriteblock(env *e, bbtree *t);
 // Reads the block at the top of the block heap back in.
 int treereadblock(env *e, bbtree *t);
 
+// The dive rule.  Inputs of one decision:
+struct dive_prev {
+  int iinf = 0;
+  double suminf = 0.0, bound = 0.0, est = 0.0;  // est: baseobj + estinc
+};
+struct diveinput {
+  int nodesel = 1, varsel = 0, divetype = 0, brdir = 0;
+  double bttol = 0.9999;
+  double bestnodeobj = 0.0, bestinteger = 1e75, cutoff = 1e75;
+  bool hasincumbent = false;
+  double x = 0.0;            // objective of the node just processed
+  int iinf = 0;              // and its infeasibilities
+  double suminf = 0.0, thisest = 0.0;
+  double rootiinf = 0.0, rootobj = 0.0, degperiinf = 0.0;
+  int branched = 0, onesided = 0;
+  dive_prev prev;
+  int ncols = 0;             // structural and range columns
+};
+struct divestate {
+  long long dives = 0, lastimprove = 0, divelen = 0;
+  int fresh = 0;
+};
+// Chooses the next node among the slots.  Returns 1 with slots[slot] the
+// node to process next, or 0 when the tree decides (all slot nodes are then
+// in `totree`).  *packchild says that the current node's child is left to
+// the tree and must be packed.
+int nodenext(const diveinput &in, divestate &st, bbnode *slots[6], int &slot,
+             std::vector<bbnode *> &totree, bool *packchild);
+
 }  // namespace velto
