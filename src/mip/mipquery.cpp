@@ -146,13 +146,14 @@ int runframe(env *e, lp **pp, mipwork **w) {
   return 0;
 }
 
-int incframe(env *e, lp **pp, mipwork **w, incumbent **s) {
+// Frame of the incumbent getters; `needx` asks for the vector as well.
+int incframe(env *e, lp **pp, mipwork **w, incumbent **s, bool needx = false) {
   int status = runframe(e, pp, w);
   if (status == 1217) return 3017;
   if (status) return status;
   *s = (*w)->inc;
   if (*s == nullptr || (*s)->solnseq < 0) return 3017;
-  return 0;
+  return needx && !(*s)->havex ? 3023 : 0;
 }
 
 // A double result of the run: the frame, the out pointer, the value.
@@ -289,9 +290,8 @@ int VLTgetmipx(VLTENVptr env, VLTLPptr lp, double *x, int begin, int end) {
   return finish(env, guarded([&] {
     mipwork *w;
     incumbent *s;
-    int status = incframe(env, &lp, &w, &s);
+    int status = incframe(env, &lp, &w, &s, true);
     if (status) return status;
-    if (!s->havex) return 3023;
     if (!rangecheck(env, "VLTgetmipx", begin, end, 0, static_cast<int>(s->x.size())))
       return static_cast<int>(kIndexRange);
     if (end < begin) return 0;
@@ -305,9 +305,8 @@ int VLTgetmipslack(VLTENVptr env, VLTLPptr lp, double *slack, int begin, int end
   return finish(env, guarded([&] {
     mipwork *w;
     incumbent *s;
-    int status = incframe(env, &lp, &w, &s);
+    int status = incframe(env, &lp, &w, &s, true);
     if (status) return status;
-    if (!s->havex) return 3023;
     const lpcore *c = lp->core;
     if (!rangecheck(env, "VLTgetmipslack", begin, end, 0, c->numrows))
       return static_cast<int>(kIndexRange);
