@@ -478,6 +478,49 @@ VLTAPI int VLTprechgobj(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
                         const double *values);
 VLTAPI int VLTpreslvwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double *objoff_p);
 
+/* ------------------------------------------------------------------------
+ * Mixed-integer data and results
+ * ------------------------------------------------------------------------ */
+VLTAPI int VLTchgprobtype(VLTENVptr env, VLTLPptr lp, int type);
+VLTAPI int VLTcopysos(VLTENVptr env, VLTLPptr lp, int numsos, int numsosnz,
+                      const char *sostype, const int *sospri, const int *sosbeg,
+                      const int *sosind, const double *soswt);
+VLTAPI int VLTaddsos(VLTENVptr env, VLTLPptr lp, int numsos, int numsosnz,
+                     const char *sostype, const int *sospri, const int *sosbeg,
+                     const int *sosind, const double *soswt);
+VLTAPI int VLTdelsetsos(VLTENVptr env, VLTLPptr lp, int *delstat);
+/* sosbeg receives end - begin + 1 starts; members go to sosind/soswt. */
+VLTAPI int VLTgetsos(VLTENVptr env, VLTLPptr lp, int *numsosnz_p, char *sostype, int *sospri,
+                     int *sosbeg, int *sosind, double *soswt, int sosspace, int *surplus_p,
+                     int begin, int end);
+VLTAPI int VLTgetnumsos(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTcopyorder(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                        const int *priority, const int *direction);
+VLTAPI int VLTgetorder(VLTENVptr env, VLTLPptr lp, int *cnt_p, int *indices, int *priority,
+                       int *direction, int ordspace, int *surplus_p);
+VLTAPI int VLTcopymipstart(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                           const double *values);
+VLTAPI int VLTgetmipstart(VLTENVptr env, VLTLPptr lp, int *cnt_p, int *indices,
+                          double *values, int startspace, int *surplus_p);
+VLTAPI int VLTgetnumint(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnumbin(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnumsemicont(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnumsemiint(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetmipx(VLTENVptr env, VLTLPptr lp, double *x, int begin, int end);
+VLTAPI int VLTgetmipslack(VLTENVptr env, VLTLPptr lp, double *slack, int begin, int end);
+VLTAPI int VLTgetmipobjval(VLTENVptr env, VLTLPptr lp, double *objval_p);
+VLTAPI int VLTgetbestobjval(VLTENVptr env, VLTLPptr lp, double *objval_p);
+VLTAPI int VLTgetcutoff(VLTENVptr env, VLTLPptr lp, double *cutoff_p);
+VLTAPI int VLTgetmipitcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnodecnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnodeleftcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetnodeint(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetgenclqcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetclqcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetcovcnt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetsubstat(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTgetsubmethod(VLTENVptr env, VLTLPptr lp);
+
 #ifdef __cplusplus
 }
 #endif

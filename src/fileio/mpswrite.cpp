@@ -246,6 +246,23 @@ int mpswritefile(env *e, const char *name, const filemodel &m) {
         }
       }
     }
+    if (!m.sostype.empty()) {
+      o.put("SOS\n");
+      for (size_t k = 0; k < m.sostype.size(); ++k) {
+        char head[8] = {' ', 'S', m.sostype[k], '\n', '\0'};
+        o.put(head);
+        size_t b = m.sosbeg[k], en = k + 1 < m.sostype.size() ? m.sosbeg[k + 1] : m.sosind.size();
+        for (size_t q = b; q < en; ++q) {
+          char num[32];
+          mpsnumber(m.soswt[q], num);
+          o.put("    ");
+          o.put(cols.get(m.sosind[q]));
+          o.put("  ");
+          o.pad(num, 12);
+          o.put("\n");
+        }
+      }
+    }
     if (!m.qval.empty()) {
       o.put("QMATRIX\n");
       for (size_t k = 0; k < m.qval.size(); ++k) {

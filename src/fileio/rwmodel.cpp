@@ -6,6 +6,7 @@
 
 #include "env/files.h"
 #include "fileio/rwutil.h"
+#include "mip/mip.h"
 #include "model/store.h"
 
 namespace velto {
@@ -61,6 +62,13 @@ int sniff(env *e, const char *name, filekind *kind) {
   return 0;
 }
 
+void sosextract(const sosdata &s, filemodel &m) {
+  m.sostype = s.type;
+  m.sosbeg.assign(s.beg.begin(), s.beg.begin() + s.count);
+  m.sosind = s.ind;
+  m.soswt = s.wt;
+}
+
 template <class T>
 T *copyout(const std::vector<T> &v) {
   T *p = allocn<T>(v.size());
@@ -86,11 +94,6 @@ bool copynames(const namestore &s, char ***names, char **store) {
 // Moves a model into a problem; the problem is only touched if all arrays
 // could be made.
 int handover(env *e, lp *p, filemodel &m, const char *filename) {
-  if (!m.sostype.empty()) {
-    msg(e->errchannel, "File '%s' holds special ordered sets, which cannot be loaded.\n",
-        filename);
-    return 1017;
-  }
   if (!m.qval.empty()) {
     msg(e->errchannel, "File '%s' holds quadratic objective terms, which cannot be loaded.\n",
         filename);
@@ -137,7 +140,16 @@ int handover(env *e, lp *p, filemodel &m, const char *filename) {
     lpload_free(&d);
     return kNoMemory;
   }
-  return loadowned(e, p, &d);
+  int status = loadowned(e, p, &d);
+  if (status == 0 && !m.sostype.empty()) {
+    // The set's members in file order; the copy sorts them by weight.
+    std::vector<int> beg(m.sosbeg);
+    status = VLTcopysos(e, p, static_cast<int>(m.sostype.size()),
+                        static_cast<int>(m.sosind.size()), m.sostype.data(), nullptr,
+                        beg.data(), m.sosind.data(), m.soswt.data());
+    if (status) status = -status;  // printed by the copy
+  }
+  return status;
 }
 
 // Plain arrays of a problem, in the user's units.
@@ -165,6 +177,7 @@ void extract(lp *p, filemodel &m, bool withnames) {
     getrng_u(p, m.rngval.data(), 0, r - 1);
   }
   if (c->ctype != nullptr) m.ctype.assign(c->ctype, c->ctype + n);
+  if (c->sos != nullptr) sosextract(*c->sos, m);
   m.matbeg.resize(n);
   m.matcnt.resize(n);
   for (int j = 0; j < n; ++j) {

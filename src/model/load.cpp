@@ -7,6 +7,7 @@
 
 #include "model/lp.h"
 #include "model/modelpar.h"
+#include "mip/mip.h"
 #include "model/store.h"
 
 namespace velto {
@@ -829,6 +830,10 @@ VLTLPptr VLTcloneprob(VLTENVptr env, VLTLPptr lp, int *status_p) {
           std::memcpy(q->core->ctype, c->ctype, n);
           settype(q);
         }
+      }
+      if (status == 0 && c->sos) {
+        mip_register();
+        q->core->sos = new sosdata(*c->sos);
       }
     }
   } catch (const std::bad_alloc &) {

@@ -316,6 +316,9 @@ int copystart(env *e, lp *p, const int *cstat, const int *rstat, const double *x
     for (int i = 0; i < m; ++i) s->pistart[i] = pi[i] * rfac(c, i) * c->objsen;
     for (int j = 0; j < n; ++j) s->djstart[j] = d[j] / cfac(c, j) * c->objsen;
   }
+  // The copied basis is the start of the next solve: the last solve's basis
+  // no longer speaks for the problem.
+  if (basis && p->soln) p->soln->hasbasis = 0;
   dropstate(e, p, 43);
   return 0;
 }

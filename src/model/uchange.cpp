@@ -162,7 +162,10 @@ void dropstate(env *e, lp *p, int event) {
     VLTfreeprob(e, &v);
   }
   if (a & aStat) p->lpstat = 0;
-  if (a & aMip) releaselayer(e, p, kLayerMip);
+  if (a & aMip) {
+    if (g_layerops[kLayerMip].mark) marklayer(e, p, kLayerMip, event);
+    else releaselayer(e, p, kLayerMip);
+  }
   if (a & aPre) {
     if (g_layerops[kLayerPresolve].mark) marklayer(e, p, kLayerPresolve, event);
     else releaselayer(e, p, kLayerPresolve);

@@ -163,14 +163,15 @@ TEST_F(FileTest, EmptyMarkerPairGivesALinearProgram) {
   EXPECT_EQ(lp_->core->rngval[0], 5.0);  // a G row's range is |R|
 }
 
-TEST_F(FileTest, SetsAndQuadraticTermsAreRefusedAtLoad) {
+TEST_F(FileTest, SetsLoadAndQuadraticTermsAreRefused) {
   std::string sos =
       "NAME s\nROWS\n N obj\n L r1\nCOLUMNS\n S1 SOS 'MARKER' 'SOSORG'\n x obj 1 r1 1\n y r1 1\n"
       " S1 SOS 'MARKER' 'SOSEND'\nRHS\nENDATA\n";
   std::string f = writefile("s.mps", sos);
-  EXPECT_EQ(VLTreadcopyprob(env_, lp_, f.c_str(), nullptr), 1017);
-  EXPECT_EQ(err_, "File '" + f + "' holds special ordered sets, which cannot be loaded.\n"
-                  "VELTO Error  1017: Not available for mixed-integer programs.\n");
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, f.c_str(), nullptr), 0);
+  EXPECT_EQ(err_, "");
+  EXPECT_EQ(VLTgetnumsos(env_, lp_), 1);
+  EXPECT_EQ(VLTgetprobtype(env_, lp_), 1);
   velto::filemodel m;
   ASSERT_EQ(readmps(sos, m), 0);
   ASSERT_EQ(m.sostype.size(), 1u);
@@ -185,7 +186,8 @@ TEST_F(FileTest, SetsAndQuadraticTermsAreRefusedAtLoad) {
   EXPECT_EQ(mq.qval.size(), 3u);  // the off-diagonal entry is mirrored
   EXPECT_NE(warn_.find("Warning, line 12:  'nope' is not a variable.\n"), std::string::npos) << warn_;
   EXPECT_EQ(VLTreadcopyprob(env_, lp_, writefile("q.mps", q).c_str(), nullptr), 1018);
-  EXPECT_EQ(VLTgetnumcols(env_, lp_), 0);
+  EXPECT_EQ(VLTgetnumcols(env_, lp_), 2);  // the failed read leaves the model as it was
+  EXPECT_EQ(VLTgetnumsos(env_, lp_), 1);
 }
 
 TEST_F(FileTest, LongLpLines) {
