@@ -326,8 +326,10 @@ int dual_solve(dualengine &e) {
   int rounds = 0, cleanups = 0;
   for (;;) {
     if (e.itcnt >= e.opt.itlim) return e.result = kDualItLim;
-    if (e.itcnt % 25 == 0 && e.itcnt > 0) {
-      if (e.opt.abortword && *e.opt.abortword) return e.result = kDualAbort;
+    if (e.itcnt % 25 == 0) {
+      if (e.itcnt > 0 && e.opt.abortword && *e.opt.abortword) return e.result = kDualAbort;
+      // Read before the first iteration too: a run started with no time
+      // left (the clean-up of a call whose limit has passed) stops at once.
       if (e.opt.tilim < 1e75 && now_seconds() - t0 > e.opt.tilim) return e.result = kDualTimeLim;
     }
     int r = iterate(e, rejected, retries);
