@@ -81,6 +81,11 @@ class runner {
         case 5: lb[j] = -1e20; ub[j] = pick(-2, 5); break;
         default: break;
       }
+      // A column without an upper bound mostly costs something as it grows
+      // (and one without a lower bound as it falls), so that not every
+      // model is unbounded; the sense is applied below.
+      if (!lpcheck::finite(ub[j]) && pick(0, 3) != 0) obj[j] = pick(0, 6);
+      if (!lpcheck::finite(lb[j]) && pick(0, 3) != 0) obj[j] = lpcheck::finite(ub[j]) ? -pick(0, 6) : 0.0;
       const double lo = lpcheck::finite(lb[j]) ? lb[j] : lpcheck::finite(ub[j]) ? ub[j] - 5.0 : -5.0;
       const double up = lpcheck::finite(ub[j]) ? ub[j] : lo + 5.0;
       x0[j] = lo + pick(0, 10) * (up - lo) / 10.0;
@@ -107,10 +112,13 @@ class runner {
       }
       if (pick(0, 9) == 0) rhs[i] = pick(-8, 12);  // now and then a row that may cut x0 off
     }
+    const int objsen = pick(0, 3) == 0 ? -1 : 1;
+    if (objsen == -1)
+      for (double &c : obj) c = -c;
     int st = 0;
     VLTLPptr lp = VLTcreateprob(env_, &st, "random");
     if (lp == nullptr) return nullptr;
-    st = VLTcopylp(env_, lp, n, m, pick(0, 3) == 0 ? -1 : 1, obj.data(), rhs.data(),
+    st = VLTcopylp(env_, lp, n, m, objsen, obj.data(), rhs.data(),
                    sense.data(), beg.data(), cnt.data(), ind.empty() ? nullptr : ind.data(),
                    val.empty() ? nullptr : val.data(), lb.data(), ub.data(), rng.data());
     if (st) VLTfreeprob(env_, &lp);
@@ -134,6 +142,7 @@ class runner {
         return;
       }
       const int ws = solve(lp, s);
+      last_ = VLTgetstat(env_, lp);
       const int cs = solve(cold, s);
       const std::string where = name + " [" + s.text() + "] step " + std::to_string(k) + ":" + log;
       if (ws || cs) {
@@ -151,6 +160,7 @@ class runner {
   VLTENVptr env_;
   std::mt19937 rng_;
   tally &t_;
+  int last_ = 0;  // status of the last warm solve
 
   double coef() {
     double v = pick(1, 9) * (pick(0, 1) ? 1.0 : -1.0);
@@ -196,6 +206,37 @@ class runner {
     const int n = VLTgetnumcols(env_, lp), m = VLTgetnumrows(env_, lp);
     const std::vector<double> x = current_x(lp, n);
     char buf[160];
+    if (last_ == kInfeasible && pick(0, 1) == 0) {
+      // Half the time an infeasible model is relaxed: a column's bounds or
+      // a row's right-hand side widened, so that warm starts from
+      // infeasible bases are tried as often as from optimal ones.
+      if (n > 0 && pick(0, 1) == 0) {
+        const int j = pick(0, n - 1);
+        double lo = 0.0, up = 0.0;
+        VLTgetlb(env_, lp, &lo, j, j);
+        VLTgetub(env_, lp, &up, j, j);
+        const int ind[2] = {j, j};
+        const char lu[2] = {'L', 'U'};
+        const double v[2] = {lpcheck::finite(lo) ? std::min(lo, up) - pick(1, 5) : lo,
+                             lpcheck::finite(up) ? std::max(lo, up) + pick(1, 5) : up};
+        VLTchgbds(env_, lp, 2, ind, lu, v);
+        std::snprintf(buf, sizeof buf, " widen(%d,%g,%g)", j, v[0], v[1]);
+        return buf;
+      }
+      if (m > 0) {
+        const int i = pick(0, m - 1);
+        char sense = 'E';
+        double r = 0.0;
+        VLTgetsense(env_, lp, &sense, i, i);
+        VLTgetrhs(env_, lp, &r, i, i);
+        if (sense == 'L') r += pick(1, 20);
+        else if (sense == 'G') r -= pick(1, 20);
+        else r = std::round(r / 2);
+        VLTchgrhs(env_, lp, 1, &i, &r);
+        std::snprintf(buf, sizeof buf, " relaxrhs(%d,%g)", i, r);
+        return buf;
+      }
+    }
     const int kind = pick(0, 99);
     if (kind < 35 && n > 0) {
       const int j = pick(0, n - 1);

@@ -31,7 +31,7 @@ struct WarmDifferential : ::testing::Test {
 TEST_F(WarmDifferential, RandomModelsEverySetup) {
   warmdiff::tally t;
   const auto setups = warmdiff::all_setups();
-  for (unsigned seed = 1; seed <= 1500; ++seed) {
+  for (unsigned seed = 1; seed <= 4000; ++seed) {
     warmdiff::runner r(env, seed, t);
     VLTLPptr lp = r.random_model();
     ASSERT_NE(lp, nullptr);
@@ -52,14 +52,14 @@ TEST_F(WarmDifferential, SmallNetlibModelsEverySetup) {
     if (FILE *f = std::fopen(path.c_str(), "rb")) std::fclose(f);
     else continue;
     ++found;
-    for (unsigned k = 0; k < 40; ++k) {
+    for (unsigned k = 0; k < 100; ++k) {
       const unsigned seed = 7919 * (k + 1) + found;
       warmdiff::runner r(env, seed, t);
       int st = 0;
       VLTLPptr lp = VLTcreateprob(env, &st, name);
       ASSERT_EQ(VLTreadcopyprob(env, lp, path.c_str(), nullptr), 0) << path;
       const warmdiff::setup &s = setups[k % setups.size()];
-      r.sequence(lp, s, 6, std::string(name) + " seed " + std::to_string(seed));
+      r.sequence(lp, s, 8, std::string(name) + " seed " + std::to_string(seed));
       VLTfreeprob(env, &lp);
     }
   }

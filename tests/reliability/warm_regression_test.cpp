@@ -190,6 +190,36 @@ TEST_F(WarmRegression, NoDualFeasiblePointWithAFeasiblePointIsUnboundedWithPoint
   }
 }
 
+// recipe with two costs made negative is unbounded.  The dual's phase 1
+// ended each time with cost shifts; removing them and starting phase 1
+// again went on until the round limit, and the run ended "aborted".
+TEST_F(WarmRegression, DualPhaseOneEndingWithShiftsRestartedUntilAbort) {
+  const std::string path = velto_test::modelpath("netlib", "recipe");
+  if (FILE *f = std::fopen(path.c_str(), "rb")) std::fclose(f);
+  else GTEST_SKIP() << "recipe not found under " << velto_test::datadir();
+  for (int pre : {0, 1}) {
+    SCOPED_TRACE("presolve " + std::to_string(pre));
+    VLTsetintparam(env, VLT_PARAM_LPMETHOD, 2);
+    VLTsetintparam(env, VLT_PARAM_PREIND, pre);
+    int st = 0;
+    VLTLPptr lp = VLTcreateprob(env, &st, "recipe");
+    ASSERT_EQ(VLTreadcopyprob(env, lp, path.c_str(), nullptr), 0);
+    const int ind[2] = {41, 34};
+    const double val[2] = {-1.0, -5.0};
+    ASSERT_EQ(VLTchgobj(env, lp, 2, ind, val), 0);
+    ASSERT_EQ(VLTlpopt(env, lp), 0);
+    ASSERT_EQ(VLTgetstat(env, lp), 2);
+    const lpcheck::model md = lpcheck::from_api(env, lp);
+    EXPECT_LE(lpcheck::primal_violation(md, getx(lp), true), 1e-6);
+    std::vector<double> r(md.n);
+    ASSERT_EQ(VLTgetray(env, lp, r.data()), 0);
+    double cr = 0.0;
+    EXPECT_LE(lpcheck::ray_violation(md, r, &cr), 1e-6);
+    EXPECT_LT(cr, 0.0);
+    VLTfreeprob(env, &lp);
+  }
+}
+
 // "Unbounded or infeasible" only when a limit stops the search for a
 // feasible point; an answer is never "unbounded" for the model above.
 TEST_F(WarmRegression, NoPrimalNorDualFeasiblePointUnderIterationLimits) {
