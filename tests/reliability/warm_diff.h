@@ -433,4 +433,57 @@ inline std::vector<setup> all_setups() {
   return out;
 }
 
+// Sequences on random models, seeds [first, last], the setups in turn.
+inline void run_random(VLTENVptr env, unsigned first, unsigned last, int steps, tally &t) {
+  const std::vector<setup> setups = all_setups();
+  for (unsigned seed = first; seed <= last; ++seed) {
+    runner r(env, seed, t);
+    VLTLPptr lp = r.random_model();
+    if (lp == nullptr) {
+      t.fail("random seed " + std::to_string(seed) + ": model not loaded");
+      continue;
+    }
+    r.sequence(lp, setups[seed % setups.size()], steps, "random seed " + std::to_string(seed));
+    VLTfreeprob(env, &lp);
+  }
+}
+
+// `per` sequences on each Netlib model of `names` found under `dir`; seed
+// k of the f-th model found is mult * (k + 1) + f.  Returns the count found.
+inline int run_netlib(VLTENVptr env, const std::string &dir, const std::vector<std::string> &names,
+                      unsigned per, unsigned mult, int steps, tally &t) {
+  const std::vector<setup> setups = all_setups();
+  int found = 0;
+  for (const std::string &name : names) {
+    const std::string path = dir + "/netlib/" + name + ".mps.gz";
+    if (FILE *f = std::fopen(path.c_str(), "rb")) std::fclose(f);
+    else continue;
+    ++found;
+    for (unsigned k = 0; k < per; ++k) {
+      const unsigned seed = mult * (k + 1) + found;
+      runner r(env, seed, t);
+      int st = 0;
+      VLTLPptr lp = VLTcreateprob(env, &st, name.c_str());
+      if (lp == nullptr || VLTreadcopyprob(env, lp, path.c_str(), nullptr) != 0) {
+        t.fail(path + ": not read");
+        if (lp) VLTfreeprob(env, &lp);
+        continue;
+      }
+      r.sequence(lp, setups[k % setups.size()], steps, name + " seed " + std::to_string(seed));
+      VLTfreeprob(env, &lp);
+    }
+  }
+  return found;
+}
+
+// The disagreements one per line, and the volume.
+inline std::string summary(const tally &t) {
+  std::string all;
+  for (const std::string &f : t.failures) all += "\n  " + f;
+  char b[200];
+  std::snprintf(b, sizeof b, "\n%ld sequences, %ld solves, %ld compared (%ld optimal, %ld infeasible, %ld unbounded)",
+                t.sequences, t.solves, t.compared, t.optimal, t.infeasible, t.unbounded);
+  return all + b;
+}
+
 }  // namespace warmdiff

@@ -13,6 +13,12 @@
 
 namespace {
 
+bool readable(const std::string &path) {
+  FILE *f = std::fopen(path.c_str(), "rb");
+  if (f) std::fclose(f);
+  return f != nullptr;
+}
+
 struct WarmRegression : ::testing::Test {
   VLTENVptr env = nullptr;
   void SetUp() override {
@@ -53,6 +59,22 @@ struct WarmRegression : ::testing::Test {
       for (double &v : y) v = -v;
     EXPECT_LE(lpcheck::primal_violation(md, x, true), 1e-6);
     EXPECT_LE(lpcheck::dual_violation(md, x, y, 1e-7), 1e-6);
+  }
+
+  // Unbounded, with a feasible point and a ray of negative cost checked on
+  // the model.
+  void expect_unbounded(VLTLPptr lp) {
+    ASSERT_EQ(VLTgetstat(env, lp), 2);
+    int solnmethod = 0, type = 0, pfeas = -1, dfeas = -1;
+    ASSERT_EQ(VLTsolninfo(env, lp, &solnmethod, &type, &pfeas, &dfeas), 0);
+    EXPECT_EQ(pfeas, 1);
+    const lpcheck::model md = lpcheck::from_api(env, lp);
+    EXPECT_LE(lpcheck::primal_violation(md, getx(lp), true), 1e-6);
+    std::vector<double> r(md.n);
+    ASSERT_EQ(VLTgetray(env, lp, r.data()), 0);
+    double cr = 0.0;
+    EXPECT_LE(lpcheck::ray_violation(md, r, &cr), 1e-6);
+    EXPECT_LT(cr, 0.0);
   }
 
   // The warm answer of lp against a cold solve of a fresh copy.
@@ -103,8 +125,7 @@ TEST_F(WarmRegression, DualFalseInfeasibleWhenFlipsExactlyReachTheBound) {
 // infeasible while the model has an optimum.
 TEST_F(WarmRegression, KbTwoWarmDualAfterCostAndBoundChangesSaidInfeasible) {
   const std::string path = velto_test::modelpath("netlib", "kb2");
-  if (FILE *f = std::fopen(path.c_str(), "rb")) std::fclose(f);
-  else GTEST_SKIP() << "kb2 not found under " << velto_test::datadir();
+  if (!readable(path)) GTEST_SKIP() << "kb2 not found under " << velto_test::datadir();
   for (int method : {2, 0}) {
     for (int pre : {1, 0}) {
       SCOPED_TRACE("method " + std::to_string(method) + " presolve " + std::to_string(pre));
@@ -175,17 +196,7 @@ TEST_F(WarmRegression, NoDualFeasiblePointWithAFeasiblePointIsUnboundedWithPoint
     VLTLPptr lp = load(2, 1, 1, {-1.0, -1.0}, {1.0}, "G", {0, 1}, {1, 1}, {0, 0}, {1.0, -1.0},
                        {0.0, 0.0}, {1e20, 1e20});
     ASSERT_EQ(VLTlpopt(env, lp), 0);
-    ASSERT_EQ(VLTgetstat(env, lp), 2);
-    int solnmethod = 0, type = 0, pfeas = -1, dfeas = -1;
-    ASSERT_EQ(VLTsolninfo(env, lp, &solnmethod, &type, &pfeas, &dfeas), 0);
-    EXPECT_EQ(pfeas, 1);
-    const lpcheck::model md = lpcheck::from_api(env, lp);
-    EXPECT_LE(lpcheck::primal_violation(md, getx(lp), true), 1e-9);
-    std::vector<double> r(2);
-    ASSERT_EQ(VLTgetray(env, lp, r.data()), 0);
-    double cr = 0.0;
-    EXPECT_LE(lpcheck::ray_violation(md, r, &cr), 1e-9);
-    EXPECT_LT(cr, 0.0);
+    expect_unbounded(lp);
     VLTfreeprob(env, &lp);
   }
 }
@@ -195,8 +206,7 @@ TEST_F(WarmRegression, NoDualFeasiblePointWithAFeasiblePointIsUnboundedWithPoint
 // again went on until the round limit, and the run ended "aborted".
 TEST_F(WarmRegression, DualPhaseOneEndingWithShiftsRestartedUntilAbort) {
   const std::string path = velto_test::modelpath("netlib", "recipe");
-  if (FILE *f = std::fopen(path.c_str(), "rb")) std::fclose(f);
-  else GTEST_SKIP() << "recipe not found under " << velto_test::datadir();
+  if (!readable(path)) GTEST_SKIP() << "recipe not found under " << velto_test::datadir();
   for (int pre : {0, 1}) {
     SCOPED_TRACE("presolve " + std::to_string(pre));
     VLTsetintparam(env, VLT_PARAM_LPMETHOD, 2);
@@ -208,14 +218,7 @@ TEST_F(WarmRegression, DualPhaseOneEndingWithShiftsRestartedUntilAbort) {
     const double val[2] = {-1.0, -5.0};
     ASSERT_EQ(VLTchgobj(env, lp, 2, ind, val), 0);
     ASSERT_EQ(VLTlpopt(env, lp), 0);
-    ASSERT_EQ(VLTgetstat(env, lp), 2);
-    const lpcheck::model md = lpcheck::from_api(env, lp);
-    EXPECT_LE(lpcheck::primal_violation(md, getx(lp), true), 1e-6);
-    std::vector<double> r(md.n);
-    ASSERT_EQ(VLTgetray(env, lp, r.data()), 0);
-    double cr = 0.0;
-    EXPECT_LE(lpcheck::ray_violation(md, r, &cr), 1e-6);
-    EXPECT_LT(cr, 0.0);
+    expect_unbounded(lp);
     VLTfreeprob(env, &lp);
   }
 }
