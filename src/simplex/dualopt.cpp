@@ -422,7 +422,8 @@ int dual_optimize(env *e, lp *p) {
   if (res == kDualUnbounded) {
     std::vector<double> ray(ds->eng.ray);
     res = settle_feasibility(e, ds, o, tstart);
-    if (res < 0) return res == -1001 ? kNoMemory : -res;
+    if (res == -1001) return kNoMemory;
+    if (res < 0) res = kDualAbort;  // what is known stands: no dual feasible point
     nodual = true;
     if (res == kDualOptimal) {
       ds->eng.ray = std::move(ray);
@@ -432,7 +433,7 @@ int dual_optimize(env *e, lp *p) {
     } else if (res == kDualInfeasible) {
       lpstat = 3;
     } else {
-      // A limit stopped the search for a feasible point.
+      // A limit (or a failure) stopped the search for a feasible point.
       lpstat = 4;
     }
   }
