@@ -369,11 +369,11 @@ class runner {
   }
 
   // With WARM_DUMP set, the model of each of the first disagreements is
-  // written to <WARM_DUMP><k>.lp for a look with other tools.
+  // written to <WARM_DUMP><k>.mps for a look with other tools.
   void dump(VLTLPptr cold) {
     const char *d = std::getenv("WARM_DUMP");
     if (d == nullptr || t_.failures.size() > 20) return;
-    const std::string f = std::string(d) + std::to_string(t_.failures.size()) + ".lp";
+    const std::string f = std::string(d) + std::to_string(t_.failures.size()) + ".mps";
     VLTwriteprob(env_, cold, f.c_str(), nullptr);
   }
 
