@@ -306,14 +306,38 @@ bool usable_start(const lp *p, int method) {
 // unbounded, infeasible or unbounded.
 bool no_proof_status(int lpstat) { return lpstat == 2 || lpstat == 3 || lpstat == 4; }
 
+// The iteration and time limits of one optimizer call, shared by every run
+// the call makes: the reduced problem, the clean-up on the user's model and
+// a settling run.  Each run gets what the runs before it left.
+struct budget {
+  env *e;
+  parblock *pb;
+  int itlim;
+  double tilim;
+  double t0;
+  explicit budget(env *en) : e(en), pb(en->params), itlim(pb->itlim), tilim(pb->tilim), t0(now(en)) {}
+  budget(const budget &) = delete;
+  budget &operator=(const budget &) = delete;
+  ~budget() {
+    pb->itlim = itlim;
+    pb->tilim = tilim;
+  }
+  // Limits for the next run after `used` iterations.
+  void give(int used) {
+    pb->itlim = std::max(0, itlim - std::max(0, used));
+    if (tilim < 1e75) pb->tilim = std::max(0.0, tilim - (now(e) - t0));
+  }
+};
+
 // Drops the presolve record and solves the user's model from its own start;
 // the iterations spent before are added to the run's counters.
-int settle(env *e, lp *p, kernelfn kernel, int itcnt, int phase1cnt) {
+int settle(env *e, lp *p, kernelfn kernel, int itcnt, int phase1cnt, budget &lim) {
   presolve_free(e, p);
   soln_free(&p->soln);
   parblock *pb = e->params;
   const int advind = pb->advind;
   pb->advind = 0;
+  lim.give(itcnt);
   int st = kernel(e, p);
   pb->advind = advind;
   if (p->soln) {
@@ -328,6 +352,7 @@ int settle(env *e, lp *p, kernelfn kernel, int itcnt, int phase1cnt) {
 int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   presolve_register();
   parblock *pb = e->params;
+  budget lim(e);
   const bool warm = pb->advind && usable_start(p, method);
   // A record made for this method with the same settings, and not yet used
   // by a run that left a start on the model (VLTpresolve, possibly followed
@@ -366,6 +391,7 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   if (r == nullptr) return kernel(e, p);
   int redit = 0, redp1 = 0;
   if (r->redlp) {
+    lim.give(0);
     st = kernel(e, r->redlp);
     if (st == kNoMemory) st = 0;
     if (st) {
@@ -379,7 +405,7 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
     // An infeasible or unbounded reduced problem is settled on the user's
     // model from its own start, so that the proof (Farkas row or ray) is one
     // of the user's model and not of a basis carried over from the other.
-    if (no_proof_status(r->redlp->lpstat)) return settle(e, p, kernel, redit, redp1);
+    if (no_proof_status(r->redlp->lpstat)) return settle(e, p, kernel, redit, redp1, lim);
   }
   // The clean-up starts from the postsolved basis, with pricing that needs
   // no exact norms: devex for the primal, unit initial norms for the dual.
@@ -391,6 +417,7 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
     if (method == 1) pb->ppriind = 1;
     else pb->dpriind = 4;
   }
+  lim.give(redit);
   st = kernel(e, p);
   pb->advind = advind;
   pb->perind = perind;
@@ -404,7 +431,7 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
       it += p->soln->itcnt;
       p1 += p->soln->phase1cnt;
     }
-    return settle(e, p, kernel, it, p1);
+    return settle(e, p, kernel, it, p1, lim);
   }
   if (p->soln) {
     p->soln->itcnt += redit;

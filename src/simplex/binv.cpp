@@ -264,12 +264,16 @@ int VLTdualfarkas(VLTENVptr env, VLTLPptr lp, double *y, double *proof_p) {
       bool broken = false;
       for (int i = 0; i < m; ++i) pr += w[i] * c->rhs[i] * rscale(c, i);
       for (int j = 0; j < c->numcols && !broken; ++j) {
-        double z = 0.0;
+        double z = 0.0, big = 0.0;
         for (int k = c->matbeg[j]; k < c->matbeg[j] + c->matcnt[j]; ++k) {
           int r = c->matind[k];
-          z += w[r] * c->matval[k] / (rscale(c, r) * cscale(c, j));
+          const double t = w[r] * c->matval[k] / (rscale(c, r) * cscale(c, j));
+          z += t;
+          big = std::max(big, std::fabs(t));
         }
-        if (std::fabs(z) < 1e-9) continue;
+        // A sum below the rounding of its own terms is zero: a large y (an
+        // ill-conditioned basis) leaves such noise on basic columns.
+        if (std::fabs(z) < 1e-9 * (1.0 + big)) continue;
         double b = z > 0 ? c->ub[j] : c->lb[j];
         if (std::fabs(b) >= kInfThreshold) {
           broken = true;

@@ -16,6 +16,7 @@ int dual_ratio(dualengine &e, double slope, int sgn, std::vector<int> &flips,
   const std::vector<double> &alpha = e.row.val;
   const double tol = e.harris;
   const double pivtol = e.opt.pivtol;
+  const double ftol = e.phase == 1 ? 1e-7 : e.opt.feastol;
   flips.clear();
   std::vector<bfrtcand> &cs = e.cands;
   cs.clear();
@@ -88,7 +89,18 @@ int dual_ratio(dualengine &e, double slope, int sgn, std::vector<int> &flips,
         if (cs[k].range >= 0.0 && cs[k].tbound == hb) grp.push_back(k);
       dec = 1e75;
     }
-    if (longstep && dec < 1e74 && slope - dec > 0.0) {
+    // A group that leaves the row within the feasibility tolerance is not
+    // passed when nothing lies beyond it: the row can be made feasible,
+    // and passing would turn the last entering candidate into a false
+    // proof of infeasibility.
+    bool pass = longstep && dec < 1e74 && slope - dec > 0.0;
+    if (pass && slope - dec <= ftol) {
+      size_t beyond = 0;
+      for (size_t k = lo; k < nrem; ++k)
+        if (cs[k].range >= 0.0) ++beyond;
+      pass = beyond > grp.size();
+    }
+    if (pass) {
       // Pass the whole group: each member flips to its other bound.
       slope -= dec;
       for (size_t g : grp) {

@@ -326,8 +326,10 @@ int dual_solve(dualengine &e) {
   int rounds = 0, cleanups = 0;
   for (;;) {
     if (e.itcnt >= e.opt.itlim) return e.result = kDualItLim;
-    if (e.itcnt % 25 == 0 && e.itcnt > 0) {
-      if (e.opt.abortword && *e.opt.abortword) return e.result = kDualAbort;
+    if (e.itcnt % 25 == 0) {
+      if (e.itcnt > 0 && e.opt.abortword && *e.opt.abortword) return e.result = kDualAbort;
+      // Read before the first iteration too: a run started with no time
+      // left (the clean-up of a call whose limit has passed) stops at once.
       if (e.opt.tilim < 1e75 && now_seconds() - t0 > e.opt.tilim) return e.result = kDualTimeLim;
     }
     int r = iterate(e, rejected, retries);
@@ -379,14 +381,26 @@ int dual_solve(dualengine &e) {
       // The auxiliary problem is solved; its solution is a ray when the
       // reduced costs cannot be made feasible.
       std::vector<double> aux(e.x);
-      double auxobj = 0.0;
-      for (int j = 0; j < e.nt; ++j) auxobj += e.wcost[j] * aux[j];
+      double auxobj = 0.0, trueobj = 0.0;
+      for (int j = 0; j < e.nt; ++j) {
+        auxobj += e.wcost[j] * aux[j];
+        trueobj += e.p->cost[j] * aux[j];
+      }
       dual_set_phase2(e);
       double sum = 0.0;
       int cnt = dual_infeas_count(e, e.opt.opttol, &sum);
       if (cnt == 0) {
         dual_compute_primal(e);
         continue;
+      }
+      // The auxiliary solution lies in the recession cone of the bounds
+      // whatever costs found it: of negative true cost, it is a ray.
+      // Without this test a phase 1 that ends with shifts each time would
+      // remove them and start again for ever.
+      if (trueobj < -e.opt.opttol) {
+        e.ray = aux;
+        e.hasray = 1;
+        return e.result = kDualUnbounded;
       }
       if (e.perturbed || e.shifts) {
         dual_unperturb(e);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "env/files.h"
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
@@ -233,8 +234,10 @@ int outcome_status(int r) {
   }
 }
 
-// Writes the engine's result to the solution record.
-int writesoln(env *e, lp *p, dualstate *ds, const std::vector<int> &rowslack, int lpstat) {
+// Writes the engine's result to the solution record.  `nodual` marks a
+// model known to have no dual feasible point.
+int writesoln(env *e, lp *p, dualstate *ds, const std::vector<int> &rowslack, int lpstat,
+              bool nodual = false) {
   const lpcore *c = p->core;
   const dualengine &g = ds->eng;
   const int m = c->numrows, n = c->totcols;
@@ -259,11 +262,13 @@ int writesoln(env *e, lp *p, dualstate *ds, const std::vector<int> &rowslack, in
   int pfeas = 0, dfeas = 0;
   switch (lpstat) {
     case 1: pfeas = dfeas = 1; break;
+    case 2: pfeas = 1; break;
     case 3: dfeas = 1; break;
     case 10: case 11: case 13: dfeas = g.phase == 2 ? 1 : 0; break;
     case 12: dfeas = 1; break;
     default: break;
   }
+  if (nodual) dfeas = 0;
   if (lpstat == 1) {
     // Final accounting on the model as stored: primal residuals of the
     // rows and bounds, and the signs of the reduced costs.
@@ -293,9 +298,44 @@ int writesoln(env *e, lp *p, dualstate *ds, const std::vector<int> &rowslack, in
   return 0;
 }
 
+// The dual has no feasible point, so the model is unbounded when it has a
+// feasible point and infeasible otherwise.  The dual simplex on zero costs,
+// where every basis is dual feasible, settles which from the last basis: an
+// optimum is a feasible point, a row without entering candidate a Farkas
+// proof.  Returns the outcome (kDualOptimal for a feasible point) or a
+// negative error; the engine's counters cover both runs and its duals are
+// those of the true costs.
+int settle_feasibility(env *e, dualstate *ds, const dualopts &o0, double t0) {
+  dualengine &g = ds->eng;
+  const std::vector<int> head = g.head, status = g.status;
+  const int it = g.itcnt, p1 = g.phase1cnt, refs = g.refactors;
+  dualopts o = o0;
+  o.itlim = std::max(0, o0.itlim - it);
+  if (o0.tilim < 1e75) o.tilim = std::max(0.0, e->params->tilim - (now(e) - t0));
+  o.objulim = 1e75;
+  std::vector<double> cost(ds->prob.cost.size(), 0.0);
+  cost.swap(ds->prob.cost);
+  dual_free(g);
+  g = dualengine();
+  g.envp = e;
+  int res = dual_setup(g, ds->prob, head, status, o);
+  if (res == 0) res = dual_solve(g);
+  else res = -res;
+  cost.swap(ds->prob.cost);
+  g.itcnt += it;
+  g.phase1cnt += p1;
+  g.refactors += refs;
+  if (res >= 0) {
+    g.wcost = ds->prob.cost;
+    dual_compute_duals(g);
+  }
+  return res;
+}
+
 }  // namespace
 
 int dual_optimize(env *e, lp *p) {
+  const double tstart = now(e);
   if (p->probtype == kTypeMILP || p->probtype == kTypeMIQP) return 1017;
   if (p->probtype == kTypeQP || p->probtype == kTypeZeroedQP || p->probtype == kTypeFixedMIQP ||
       p->probtype == kTypeQPNode)
@@ -343,7 +383,8 @@ int dual_optimize(env *e, lp *p) {
   o.perind = pb->perind;
   o.perlim = pb->perlim;
   o.itlim = pb->itlim;
-  o.tilim = pb->tilim;
+  // The time spent here before the engine starts counts against the limit.
+  o.tilim = pb->tilim < 1e75 ? std::max(0.0, pb->tilim - (now(e) - tstart)) : pb->tilim;
   o.longstep = pb->p1051;
   o.abortword = pb->abortword;
   o.display = pb->simdisplay;
@@ -377,6 +418,25 @@ int dual_optimize(env *e, lp *p) {
   ds->engready = 1;
   ds->normsok = 1;
   int lpstat = outcome_status(res);
+  bool nodual = false;
+  if (res == kDualUnbounded) {
+    std::vector<double> ray(ds->eng.ray);
+    res = settle_feasibility(e, ds, o, tstart);
+    if (res == -1001) return kNoMemory;
+    if (res < 0) res = kDualAbort;  // what is known stands: no dual feasible point
+    nodual = true;
+    if (res == kDualOptimal) {
+      ds->eng.ray = std::move(ray);
+      ds->eng.hasray = 1;
+      res = kDualUnbounded;
+      lpstat = 2;
+    } else if (res == kDualInfeasible) {
+      lpstat = 3;
+    } else {
+      // A limit (or a failure) stopped the search for a feasible point.
+      lpstat = 4;
+    }
+  }
   if (res == kDualInfeasible) {
     ds->farkaspos = ds->eng.lastleavepos;
     ds->farkasval = ds->eng.x[ds->eng.lastleave];
@@ -385,7 +445,7 @@ int dual_optimize(env *e, lp *p) {
     ds->ray.assign(ds->eng.ray.begin(), ds->eng.ray.begin() + c->totcols);
     ds->hasray = 1;
   }
-  return writesoln(e, p, ds, rowslack, lpstat);
+  return writesoln(e, p, ds, rowslack, lpstat, nodual);
 }
 
 }  // namespace velto

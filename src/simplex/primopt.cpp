@@ -125,7 +125,9 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     if (res.err) break;
     if (e.itcnt >= itlim) { res.lpstat = kPItLim; break; }
     if (hk.stop && hk.stop(hk.ctx)) { res.lpstat = kPAbort; break; }
-    if (e.itcnt > 0 && e.itcnt % 25 == 0 && hk.clock && opt.tilim < 1e75) {
+    // The clock is read before the first iteration too: a run started with
+    // no time left (the clean-up of a call whose limit has passed) stops at once.
+    if (e.itcnt % 25 == 0 && hk.clock && opt.tilim < 1e75) {
       if (hk.clock(hk.ctx) - hk.starttime > opt.tilim) { res.lpstat = kPTimeLim; break; }
     }
     if (e.pricing == kPriceAuto && e.price_switch_test()) {

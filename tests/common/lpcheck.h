@@ -206,12 +206,18 @@ inline double farkas_gap(const model &md, const std::vector<double> &y) {
       }
     }
     for (int j = 0; j < md.n; ++j) {
-      double z = 0.0;
-      for (auto &e : md.cols[j]) z += sign * y[e.first] * e.second;
-      if (z > 1e-9) {
+      // z below the rounding of its own terms counts as zero (a large y
+      // from an ill-conditioned basis leaves such noise on basic columns).
+      double z = 0.0, big = 0.0;
+      for (auto &e : md.cols[j]) {
+        z += sign * y[e.first] * e.second;
+        big = std::max(big, std::fabs(y[e.first] * e.second));
+      }
+      if (std::fabs(z) <= 1e-9 * (1.0 + big)) continue;
+      if (z > 0.0) {
         if (!finite(md.lb[j])) return -1e300;
         minx += z * md.lb[j];
-      } else if (z < -1e-9) {
+      } else {
         if (!finite(md.ub[j])) return -1e300;
         minx += z * md.ub[j];
       }
