@@ -191,6 +191,7 @@ void teardown(env *e) {
     e->lock = nullptr;
   }
   e->self = nullptr;
+  e->tag = 0;
   release(&e);
 }
 
@@ -210,6 +211,7 @@ VLTENVptr VLTopenVELTO(int *status_p) {
     return nullptr;
   }
   e->self = e;
+  e->tag = kEnvTag;
   e->seed = 1;
   e->version = kVersion;
   int status = paraminit(e);

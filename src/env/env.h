@@ -69,6 +69,7 @@ struct velto_channel {
 
 struct velto_env {
   velto_env *self;
+  uint32_t tag;  // kEnvTag while alive; tells an environment from a problem
   int childcount;
   velto_env **children;
   velto::paramdir *paramdir;
@@ -107,7 +108,14 @@ namespace velto {
 using env = velto_env;
 
 // ---- validity tests -------------------------------------------------------
-inline bool checkenv(const env *e) { return e != nullptr && e->params != nullptr && e->self == e; }
+// Environment and problem records both keep their own address first and a
+// type tag second, so a handle of the wrong kind fails the test instead of
+// being read as the other record.
+constexpr uint32_t kEnvTag = 0x564C5445u;  // "VLTE"
+constexpr uint32_t kLpTag = 0x564C5450u;   // "VLTP"
+inline bool checkenv(const env *e) {
+  return e != nullptr && e->self == e && e->tag == kEnvTag && e->params != nullptr;
+}
 
 // ---- status reporting ------------------------------------------------------
 // Prints the line for a positive status on the error channel; a negative

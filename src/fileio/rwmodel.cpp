@@ -248,7 +248,7 @@ filekind writekind(const char *name, const char *type, int *status) {
 int writeframe(env *e, lp *p, const char *name, filekind kind, const char *type) {
   int status = 0;
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) {
+  if (!checklp(e, p)) {
     status = kNoProblem;
   } else {
     try {
@@ -275,7 +275,7 @@ extern "C" {
 int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype) {
   int status = 0;
   if (!checkenv(env)) return kNoEnvironment;
-  if (!checklp(lp)) {
+  if (!checklp(env, lp)) {
     status = kNoProblem;
   } else if (filename == nullptr || filename[0] == '\0') {
     status = 1421;

@@ -392,7 +392,7 @@ void *VLTEgetCache(VLTLPptr lp) { return checklp(lp) ? lp->core->cache : nullptr
 int VLTcompletelp(VLTENVptr env, VLTLPptr lp) {
   int status = 0;
   if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklp(lp)) status = kNoProblem;
+  else if (!checklp(env, lp)) status = kNoProblem;
   if (status == 0) status = guarded([&] { return cache_flush(env, lp); });
   if (status) report(env, &status);
   return status;
@@ -402,6 +402,9 @@ int VLTEcacheNewCols(VLTENVptr env, VLTLPptr lp, int count, const double *obj,
                      const double *lb, const double *ub, const char *ctype, char **names) {
   int status = changeframe(env, lp);
   if (status == 0 && count < 0) status = kBadArgument;
+  if (status == 0) status = checknumbers(env, count, obj, kNumValue);
+  if (status == 0) status = checknumbers(env, count, lb, kNumLower);
+  if (status == 0) status = checknumbers(env, count, ub, kNumUpper);
   if (status == 0) status = guarded([&] { return cache_newcols(env, lp, count, obj, lb, ub, ctype, names); });
   if (status) report(env, &status);
   return status;
@@ -411,6 +414,8 @@ int VLTEcacheNewRows(VLTENVptr env, VLTLPptr lp, int count, const double *rhs,
                      const char *sense, const double *rngval, char **names) {
   int status = changeframe(env, lp);
   if (status == 0 && count < 0) status = kBadArgument;
+  if (status == 0) status = checknumbers(env, count, rhs, kNumValue);
+  if (status == 0) status = checknumbers(env, count, rngval, kNumValue);
   if (status == 0) status = guarded([&] { return cache_newrows(env, lp, count, rhs, sense, rngval, names); });
   if (status) report(env, &status);
   return status;
@@ -421,6 +426,7 @@ int VLTEcacheNewNZsByNZ(VLTENVptr env, VLTLPptr lp, int count, const int *rows,
   int status = changeframe(env, lp);
   if (status == 0 && count < 0) status = kBadArgument;
   if (status == 0 && count > 0 && (!rows || !cols || !values)) status = kNullPointer;
+  if (status == 0) status = checknumbers(env, count, values, kNumValue);
   if (status == 0) {
     int m = lp->core->numrows + pendingrows(lp), n = lp->core->numcols + pendingcols(lp);
     for (int k = 0; k < count && status == 0; ++k) {
