@@ -145,6 +145,16 @@ inline int finish(env *e, int status) {
 // 16-byte aligned blocks; the distance to the raw block is kept in the byte
 // before the aligned address.
 void *alloc(size_t size);
+// Allocation-failure injection for the out-of-memory tests (never exported).
+// After setallocfail(k, sticky) with k > 0, the k-th allocation from then on
+// fails (and with `sticky` every one after it); k <= 0 switches this off.
+// alloc and resize ask allocfails() first; so do the few places that obtain
+// memory from the C library indirectly (pipe start-up), and a test may route
+// its own operator new through it.  allocseen() counts the allocations
+// asked about since the last setallocfail.
+void setallocfail(long k, bool sticky);
+bool allocfails();
+long allocseen();
 void *alloczero(size_t count, size_t size);
 void *resize(void *block, size_t size);
 void release_raw(void *block);

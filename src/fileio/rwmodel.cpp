@@ -42,6 +42,7 @@ int sniff(env *e, const char *name, filekind *kind) {
   int status = 0;
   FILE *fp = fileopenread(e, name, "rb", "", 1, 0, &status);
   if (fp == nullptr) return status;
+  fileguard guard{name, &fp};
   int c = std::fgetc(fp);
   *kind = kKindNone;
   if (c == EOF) {
