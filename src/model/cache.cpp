@@ -331,18 +331,29 @@ int cache_fold(env *e, lp *p, int fire) {
   int status = 0;
   int n0 = core->numcols, m0 = core->numrows;
   bool hadcols = c->ccnt > 0, hadrows = c->rcnt > 0, hadnz = c->mnz > 0;
+  // A part that did not get into the model stays pending (with everything
+  // after it), so that a fold that ran out of memory loses nothing and the
+  // next call folds the rest.
   if (c->ccnt > 0) {
     if (fire) dropstate(e, p, 29);
     status = appendcols(e, p, c->ccnt, c->cobj, c->clb, c->cub, c->cctype,
                         c->cnames ? c->cnames->names : nullptr, 0, nullptr, nullptr, nullptr);
+    if (p->core->numcols != n0 + c->ccnt) return status ? status : kNoMemory;
     c->basecols = core->numcols;
+    c->ccnt = 0;
+    release(&c->cctype);
+    nameset_free(&c->cnames);
   }
   if (status == 0 && c->rcnt > 0) {
     if (fire) dropstate(e, p, 17);
     status = appendrows(e, p, c->rcnt, c->rrhs, c->rsense, c->rrngval,
                         c->rnames ? c->rnames->names : nullptr);
+    if (p->core->numrows != m0 + c->rcnt) return status ? status : kNoMemory;
     c->baserows = core->numrows;
+    c->rcnt = 0;
+    nameset_free(&c->rnames);
   }
+  if (status != 0) return status;
   if (status == 0 && c->mnz > 0) {
     int form = c->mform;
     status = totriples(c);
@@ -350,6 +361,7 @@ int cache_fold(env *e, lp *p, int fire) {
       if (fire) dropstate(e, p, form == 2 ? 6 : 34);
       status = insertentries(e, p, c->mnz, c->mrow, c->mcol, c->mval);
     }
+    if (status) return status;
   }
   start *s = p->start;
   if (status == 0 && s && hadnz) {

@@ -193,7 +193,17 @@ namespace {
 
 // Keeps the start record in step with the model's counts: new columns at
 // lower bound, new rows basic.
+// Fits the start to a model that grew.  If memory runs out the start is
+// dropped (a start that does not cover the model is never left behind) and
+// 1001 is returned; the model itself is complete.
+int start_fit_arrays(lp *p, int n0, int m0);
 int start_fit(lp *p, int n0, int m0) {
+  int status = start_fit_arrays(p, n0, m0);
+  if (status) start_free(&p->start);
+  return status;
+}
+
+int start_fit_arrays(lp *p, int n0, int m0) {
   start *s = p->start;
   if (s == nullptr) return 0;
   const lpcore *c = p->core;
