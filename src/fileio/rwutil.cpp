@@ -251,8 +251,9 @@ bool ciequal(std::string_view a, const char *b) {
   return true;
 }
 
-// Why a name would not read back, or null.
-const char *unwritable(std::string_view n, bool lp) {
+// Why a name would not read back, or null.  In the LP form a row name is
+// only ever a label before ':', so it need not look like a variable.
+const char *unwritable(std::string_view n, bool lp, bool row) {
   if (n.empty()) return "is empty";
   if (n.size() > 255) return "is longer than 255 characters";
   for (char ch : n) {
@@ -260,11 +261,12 @@ const char *unwritable(std::string_view n, bool lp) {
     if (c <= 32 || c == 127) return "holds a blank or control character";
   }
   if (!lp) return n[0] == '$' ? "starts with '$'" : nullptr;
+  for (char ch : n)
+    if (std::strchr(":|+-<=>[]*/^\\", ch) != nullptr) return "holds an operator character";
+  if (row) return nullptr;
   unsigned char c0 = static_cast<unsigned char>(n[0]);
   if (!(std::isalpha(c0) || c0 >= 128 || std::strchr("!\"#$%&'(),;?@_`{}~", c0) != nullptr))
     return "does not start with a letter";
-  for (char ch : n)
-    if (std::strchr(":|+-<=>[]*/^\\", ch) != nullptr) return "holds an operator character";
   if ((n[0] == 'e' || n[0] == 'E') && (n.size() == 1 || std::isdigit(static_cast<unsigned char>(n[1]))))
     return "reads as a number";
   static const char *const kWords[] = {
@@ -290,7 +292,7 @@ int checkwritenames(env *e, const filemodel &m, bool lp) {
     nametable seen(names);
     for (int i = 0; i < count; ++i) {
       std::string_view n(names.get(i), names.len(i));
-      const char *why = unwritable(n, lp);
+      const char *why = unwritable(n, lp, side == 0);
       if (why == nullptr && seen.insert(i) >= 0) why = "is used twice";
       // An MPS file names the objective among the rows.
       if (why == nullptr && !lp && side == 0 &&

@@ -101,17 +101,22 @@ TEST_F(FrameNames, OrdinaryNamesGoRoundTripInEveryForm) {
 }
 
 TEST_F(FrameNames, NamesOnlyMpsTakesBackAreRefusedByLpOnly) {
-  load({"1x", "e5", "a+b"}, {"end", "r:1"});
+  load({"1x", "e5", "a+b"}, {"end", "2nd"});
   roundtrip("m.mps");
-  refused("m.lp", "Row 0 name 'end' is a keyword: the model can't be written in LP form.\n");
-  std::string ok = "r1";
-  char *nm[] = {ok.data(), nullptr};
-  int idx[] = {0, 1};
-  std::string r2 = "r2";
-  nm[1] = r2.data();
-  ASSERT_EQ(VLTchgrowname(env_, lp_, 2, idx, nm), 0);
-  refused("m.lp", "Column 0 name '1x' does not start with a letter: the model can't be written "
-                  "in LP form.\n");
+  const std::string tail = ": the model can't be written in LP form.\n";
+  refused("m.lp", "Column 0 name '1x' does not start with a letter" + tail);
+  ASSERT_EQ(VLTchgname(env_, lp_, 'c', 0, "x1"), 0);
+  refused("m.lp", "Column 1 name 'e5' reads as a number" + tail);
+  ASSERT_EQ(VLTchgname(env_, lp_, 'c', 1, "y"), 0);
+  refused("m.lp", "Column 2 name 'a+b' holds an operator character" + tail);
+  ASSERT_EQ(VLTchgname(env_, lp_, 'c', 2, "Bounds"), 0);
+  refused("m.lp", "Column 2 name 'Bounds' is a keyword" + tail);
+  ASSERT_EQ(VLTchgname(env_, lp_, 'c', 2, "z"), 0);
+  ASSERT_EQ(VLTchgname(env_, lp_, 'r', 0, "r:1"), 0);
+  refused("m.lp", "Row 0 name 'r:1' holds an operator character" + tail);
+  // Row names are labels only: a keyword or a leading digit reads back.
+  ASSERT_EQ(VLTchgname(env_, lp_, 'r', 0, "end"), 0);
+  roundtrip("m.lp");
 }
 
 TEST_F(FrameNames, BlankEmptyAndDuplicateNamesRefusedByBothWriters) {

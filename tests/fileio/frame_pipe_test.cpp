@@ -12,26 +12,16 @@
 #include <string>
 #include <vector>
 
+#include "common/procstate.h"
 #include "support.h"
 
 namespace {
 
 using velto_test::FileTest;
+using velto_test::nochildren;
+using velto_test::opendescriptors;
 
-int opendescriptors() {
-  int n = 0;
-  DIR *d = opendir("/proc/self/fd");
-  if (d == nullptr) return -1;
-  while (dirent *de = readdir(d)) n += de->d_name[0] != '.';
-  closedir(d);
-  return n - 1;  // the directory's own descriptor
-}
 
-// True when this process has no child at all, live or unreaped.
-bool nochildren() {
-  int st;
-  return waitpid(-1, &st, WNOHANG) == -1 && errno == ECHILD;
-}
 
 // Sends one of the standard descriptors to a file for the duration.
 class Redirect {

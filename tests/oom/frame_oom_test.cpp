@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "common/lpcheck.h"
+#include "common/procstate.h"
 #include "common/reference.h"
 #include "env/env.h"
 #include "velto.h"
@@ -52,19 +53,8 @@ void operator delete[](void *p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
-int opendescriptors() {
-  int n = 0;
-  DIR *d = opendir("/proc/self/fd");
-  if (d == nullptr) return -1;
-  while (dirent *de = readdir(d)) n += de->d_name[0] != '.';
-  closedir(d);
-  return n - 1;
-}
-
-bool nochildren() {
-  int st;
-  return waitpid(-1, &st, WNOHANG) == -1 && errno == ECHILD;
-}
+using velto_test::nochildren;
+using velto_test::opendescriptors;
 
 // One run of the sequence with the failure placed at allocation `failat`
 // (0: none; a huge number counts them all).
