@@ -771,6 +771,8 @@ int VLTfreeprob(VLTENVptr env, VLTLPptr *lp_p) {
   else if (lp_p == nullptr || *lp_p == nullptr) status = kNullPointer;
   else if ((*lp_p)->self != *lp_p || (*lp_p)->tag != kLpTag || (*lp_p)->owner != env)
     status = kNoProblem;
+  else if ((*lp_p)->holder != nullptr)
+    status = kBadArgument;  // a reduced problem goes with the problem that holds it
   if (status == 0) freeprob(env, lp_p);
   if (status) report(env, &status);
   return status;

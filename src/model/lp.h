@@ -206,6 +206,7 @@ struct velto_lp {
   void *qpaux;
   velto::siftrec *sift;
   velto_env *owner;  // the environment that made the problem
+  velto_lp *holder;  // the problem whose layer this one is (a reduced problem), or null
 };
 
 namespace velto {

@@ -100,3 +100,38 @@ TEST(FrameHandles, EnvironmentPassedAsProblemAndProblemAsEnvironmentRefused) {
 }
 
 }  // namespace
+
+namespace {
+
+// The reduced problem of a presolve is on the environment's list but belongs
+// to the problem that holds it: freeing it directly is refused, and closing
+// frees everything once.
+TEST(FrameHandles, ReducedProblemFreedOnlyWithItsHolder) {
+  vtest::Env a;
+  int status = -1;
+  VLTLPptr lp = VLTcreateprob(a, &status, "p");
+  load(a, lp);
+  // A singleton row that presolve takes out: x <= 5.
+  double rhs = 5, one = 1;
+  char sense = 'L';
+  int beg = 0, ind = 0;
+  ASSERT_EQ(VLTaddrows(a, lp, 0, 1, 1, &rhs, &sense, &beg, &ind, &one, nullptr, nullptr), 0);
+  ASSERT_EQ(VLTpresolve(a, lp, 2), 0);
+  VLTLPptr red = nullptr;
+  ASSERT_EQ(VLTgetredlp(a, lp, &red), 0);
+  ASSERT_NE(red, nullptr);
+  EXPECT_EQ(problems(a), 2);
+  VLTLPptr copy = red;
+  EXPECT_EQ(VLTfreeprob(a, &copy), 1003);
+  EXPECT_EQ(copy, red);
+  EXPECT_EQ(a.err.all(), "VELTO Error  1003: Bad argument to Callable Library function.\n");
+  EXPECT_GE(VLTgetnumrows(a, red), 1);
+  EXPECT_EQ(problems(a), 2);
+  ASSERT_EQ(VLTlpopt(a, lp), 0);
+  double z = 0;
+  ASSERT_EQ(VLTgetobjval(a, lp, &z), 0);
+  EXPECT_NEAR(z, 2.0, 1e-9);
+  EXPECT_EQ(VLTcloseVELTO(&a.env), 0);
+}
+
+}  // namespace
