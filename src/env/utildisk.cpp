@@ -213,6 +213,14 @@ void printopenfail(env *e, const char *name) {
   if (e != nullptr && checkenv(e)) msg(e->errchannel, errtext(e, 1423), name);
 }
 
+// The status of a failed open: out of memory is 1001 (nothing printed),
+// anything else the printed 1423.
+int openfailure(env *e, const char *name) {
+  if (errno == ENOMEM) return kNoMemory;
+  printopenfail(e, name);
+  return -1423;
+}
+
 }  // namespace
 
 long pipestarts() { return spawned.load(); }
@@ -280,26 +288,19 @@ FILE *fileopenread(env *e, const char *name, const char *mode, const char *suffi
     // Test that the file is there before any child starts.
     FILE *probe = std::fopen(name, mode);
     if (probe == nullptr) {
-      printopenfail(e, name);
-      *status = -1423;
+      *status = openfailure(e, name);
       return nullptr;
     }
     std::fclose(probe);
     const char *argv[] = {"gzip", "-cd", "--", name, nullptr};
     FILE *fp = startpipe(argv, false, nullptr);
-    if (fp == nullptr && errno == ENOMEM) {
-      *status = kNoMemory;
-    } else if (fp == nullptr) {
-      printopenfail(e, name);
-      *status = -1423;
-    }
+    if (fp == nullptr) *status = openfailure(e, name);
     return fp;
   }
   FILE *fp = std::fopen(name, mode);
   if (fp != nullptr) return fp;
-  if (quiet || suffix == nullptr || suffix[0] == '\0') {
-    printopenfail(e, name);
-    *status = -1423;
+  if (quiet || suffix == nullptr || suffix[0] == '\0' || errno == ENOMEM) {
+    *status = openfailure(e, name);
     return nullptr;
   }
   std::string upper(suffix);
