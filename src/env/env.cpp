@@ -15,7 +15,30 @@ constexpr const char *kVersion = "8.1.0";
 
 // ---- memory -------------------------------------------------------------------
 
+namespace {
+std::atomic<long> failat{0};
+std::atomic<long> seen{0};
+std::atomic<bool> failsticky{false};
+}  // namespace
+
+void setallocfail(long k, bool sticky) {
+  failat.store(0);
+  seen.store(0);
+  failsticky.store(sticky);
+  failat.store(k);
+}
+
+bool allocfails() {
+  long at = failat.load(std::memory_order_relaxed);
+  if (at <= 0) return false;
+  long n = seen.fetch_add(1, std::memory_order_relaxed) + 1;
+  return failsticky.load(std::memory_order_relaxed) ? n >= at : n == at;
+}
+
+long allocseen() { return seen.load(); }
+
 void *alloc(size_t size) {
+  if (allocfails()) return nullptr;
   if (size == 0) size = 1;
   if (size > SIZE_MAX - 16) return nullptr;
   unsigned char *raw = static_cast<unsigned char *>(std::malloc(size + 16));
@@ -43,6 +66,7 @@ void release_raw(void *block) {
 
 void *resize(void *block, size_t size) {
   if (block == nullptr) return nullptr;
+  if (allocfails()) return nullptr;
   if (size == 0) size = 1;
   if (size > SIZE_MAX - 16) return nullptr;
   unsigned char *aligned = static_cast<unsigned char *>(block);
@@ -191,6 +215,7 @@ void teardown(env *e) {
     e->lock = nullptr;
   }
   e->self = nullptr;
+  e->tag = 0;
   release(&e);
 }
 
@@ -210,6 +235,7 @@ VLTENVptr VLTopenVELTO(int *status_p) {
     return nullptr;
   }
   e->self = e;
+  e->tag = kEnvTag;
   e->seed = 1;
   e->version = kVersion;
   int status = paraminit(e);

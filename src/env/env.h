@@ -69,6 +69,7 @@ struct velto_channel {
 
 struct velto_env {
   velto_env *self;
+  uint32_t tag;  // kEnvTag while alive; tells an environment from a problem
   int childcount;
   velto_env **children;
   velto::paramdir *paramdir;
@@ -107,7 +108,14 @@ namespace velto {
 using env = velto_env;
 
 // ---- validity tests -------------------------------------------------------
-inline bool checkenv(const env *e) { return e != nullptr && e->params != nullptr && e->self == e; }
+// Environment and problem records both keep their own address first and a
+// type tag second, so a handle of the wrong kind fails the test instead of
+// being read as the other record.
+constexpr uint32_t kEnvTag = 0x564C5445u;  // "VLTE"
+constexpr uint32_t kLpTag = 0x564C5450u;   // "VLTP"
+inline bool checkenv(const env *e) {
+  return e != nullptr && e->self == e && e->tag == kEnvTag && e->params != nullptr;
+}
 
 // ---- status reporting ------------------------------------------------------
 // Prints the line for a positive status on the error channel; a negative
@@ -137,6 +145,16 @@ inline int finish(env *e, int status) {
 // 16-byte aligned blocks; the distance to the raw block is kept in the byte
 // before the aligned address.
 void *alloc(size_t size);
+// Allocation-failure injection for the out-of-memory tests (never exported).
+// After setallocfail(k, sticky) with k > 0, the k-th allocation from then on
+// fails (and with `sticky` every one after it); k <= 0 switches this off.
+// alloc and resize ask allocfails() first; so do the few places that obtain
+// memory from the C library indirectly (pipe start-up), and a test may route
+// its own operator new through it.  allocseen() counts the allocations
+// asked about since the last setallocfail.
+void setallocfail(long k, bool sticky);
+bool allocfails();
+long allocseen();
 void *alloczero(size_t count, size_t size);
 void *resize(void *block, size_t size);
 void release_raw(void *block);

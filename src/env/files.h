@@ -16,11 +16,21 @@ namespace velto {
 FILE *fileopenread(env *e, const char *name, const char *mode, const char *suffix, int quiet,
                    int allowpipe, int *status);
 // Opens `name` for writing; a compressed name goes through `gzip -c` when
-// `allowpipe` is set.  Null on failure; the caller reports 1422.
+// `allowpipe` is set.  Null on failure, with errno ENOMEM when memory ran
+// out (the caller reports 1001) and otherwise the caller reports 1422.
 FILE *fileopenwrite(const char *name, const char *mode, int allowpipe);
 // Closes a handle of fileopenread/fileopenwrite and clears the variable.
 // Returns 0, or non-zero if the stream or the compressing child failed.
 int fileclose(const char *name, FILE **fp);
+// Closes a stream of fileopenread/fileopenwrite (reaping a compressor child)
+// when a scope is left without fileclose, as by an allocation failure.
+struct fileguard {
+  const char *name;
+  FILE **fp;
+  ~fileguard() {
+    if (*fp != nullptr) fileclose(name, fp);
+  }
+};
 
 bool iscompressed(const char *name);
 // True if `text` begins with the upper-case `pattern`, letters in either case.

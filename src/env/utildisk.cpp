@@ -1,6 +1,8 @@
 // File opening with compressed-file pipes, temporary directories and the
 // small text helpers of the readers.
 #include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -23,27 +25,50 @@ namespace velto {
 
 namespace {
 
-// Open pipes: the stream and the child that serves it.
+// Open pipes: the stream, the child that serves it, and the direction.
 struct pipeentry {
   FILE *fp;
   pid_t pid;
+  bool reading;
 };
+constexpr int kMaxPipes = 64;
 std::mutex pipelock;
-pipeentry pipes[64];
+pipeentry pipes[kMaxPipes];
 int pipecount = 0;
 std::atomic<long> spawned{0};
 
-void pipeadd(FILE *fp, pid_t pid) {
+// Reserves a slot before a child starts, so that a started child is always
+// found again by fileclose.
+bool pipereserve() {
   std::lock_guard<std::mutex> g(pipelock);
-  if (pipecount < 64) pipes[pipecount++] = {fp, pid};
+  if (pipecount >= kMaxPipes) return false;
+  pipes[pipecount++] = {nullptr, -1, false};
+  return true;
+}
+void pipeunreserve() {
+  std::lock_guard<std::mutex> g(pipelock);
+  for (int i = 0; i < pipecount; ++i)
+    if (pipes[i].fp == nullptr && pipes[i].pid == -1) {
+      pipes[i] = pipes[--pipecount];
+      return;
+    }
+}
+void pipefill(FILE *fp, pid_t pid, bool reading) {
+  std::lock_guard<std::mutex> g(pipelock);
+  for (int i = 0; i < pipecount; ++i)
+    if (pipes[i].fp == nullptr && pipes[i].pid == -1) {
+      pipes[i] = {fp, pid, reading};
+      return;
+    }
 }
 
 // Removes the entry of fp; returns its child or -1.
-pid_t pipetake(FILE *fp) {
+pid_t pipetake(FILE *fp, bool *reading) {
   std::lock_guard<std::mutex> g(pipelock);
   for (int i = 0; i < pipecount; ++i) {
     if (pipes[i].fp == fp) {
       pid_t pid = pipes[i].pid;
+      *reading = pipes[i].reading;
       pipes[i] = pipes[--pipecount];
       return pid;
     }
@@ -51,49 +76,149 @@ pid_t pipetake(FILE *fp) {
   return -1;
 }
 
+// Waits for a child, through interruptions; returns its wait status.
+int reap(pid_t pid) {
+  int st = 0;
+  while (waitpid(pid, &st, 0) < 0) {
+    if (errno != EINTR) return 0;
+  }
+  return st;
+}
+
+// The stream over our end of a pipe.  Writes hold SIGPIPE blocked and take
+// back a SIGPIPE they caused, so that a compressor that died makes a write
+// fail with EPIPE instead of killing the application.
+int cookiefd(void *cookie) { return static_cast<int>(reinterpret_cast<intptr_t>(cookie)) - 1; }
+
+ssize_t piperead(void *cookie, char *buf, size_t n) {
+  for (;;) {
+    ssize_t r = read(cookiefd(cookie), buf, n);
+    if (r >= 0 || errno != EINTR) return r;
+  }
+}
+
+ssize_t pipewrite(void *cookie, const char *buf, size_t n) {
+  sigset_t pipeset, old, pending;
+  sigemptyset(&pipeset);
+  sigaddset(&pipeset, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipeset, &old);
+  sigemptyset(&pending);
+  sigpending(&pending);
+  bool waspending = sigismember(&pending, SIGPIPE) == 1;
+  size_t done = 0;
+  bool broken = false;
+  while (done < n) {
+    ssize_t r = write(cookiefd(cookie), buf + done, n - done);
+    if (r < 0) {
+      if (errno == EINTR) continue;
+      broken = errno == EPIPE;
+      break;
+    }
+    done += static_cast<size_t>(r);
+  }
+  if (broken && !waspending) {
+    struct timespec zero = {0, 0};
+    while (sigtimedwait(&pipeset, nullptr, &zero) < 0 && errno == EINTR) {
+    }
+  }
+  pthread_sigmask(SIG_SETMASK, &old, nullptr);
+  return static_cast<ssize_t>(done);
+}
+
+int pipeclose(void *cookie) { return close(cookiefd(cookie)); }
+
 // Starts `gzip` with the given arguments.  For reading (`out` false) the
 // child's standard output is our stream; for writing its standard input is
-// our stream and its output goes to the file `target`.  The file name reaches
-// the child as a single argument; no shell is involved.
+// our stream and its output goes to the file `target`, opened here.  The
+// child's standard error goes to /dev/null: a failure shows in its exit
+// status, which fileclose reports through the library's channels.  The file
+// name reaches the child as a single argument; no shell is involved.  On
+// failure returns null with errno set (ENOMEM for an allocation), every
+// descriptor closed and no child left behind.
 FILE *startpipe(const char *const *argv, bool out, const char *target) {
-  int fds[2];
-  if (pipe2(fds, O_CLOEXEC) != 0) return nullptr;
+  if (!pipereserve()) {
+    errno = EMFILE;
+    return nullptr;
+  }
+  int fds[2] = {-1, -1};
+  int targetfd = -1, nullfd = -1;
+  auto fail = [&](int err) -> FILE * {
+    for (int fd : {fds[0], fds[1], targetfd, nullfd})
+      if (fd >= 0) close(fd);
+    pipeunreserve();
+    errno = err;
+    return nullptr;
+  };
+  if (pipe2(fds, O_CLOEXEC) != 0) return fail(errno);
+  nullfd = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nullfd < 0) return fail(errno);
+  if (out) {
+    targetfd = open(target, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (targetfd < 0) return fail(errno);
+  }
+  int ours = out ? fds[1] : fds[0];
+  int theirs = out ? fds[0] : fds[1];
   posix_spawn_file_actions_t fa;
-  posix_spawn_file_actions_init(&fa);
-  int ours, theirs;
-  if (!out) {
-    ours = fds[0];
-    theirs = fds[1];
-    posix_spawn_file_actions_adddup2(&fa, theirs, STDOUT_FILENO);
-  } else {
-    ours = fds[1];
-    theirs = fds[0];
-    posix_spawn_file_actions_adddup2(&fa, theirs, STDIN_FILENO);
-    posix_spawn_file_actions_addopen(&fa, STDOUT_FILENO, target, O_WRONLY | O_CREAT | O_TRUNC,
-                                     0666);
+  posix_spawnattr_t attr;
+  if (allocfails()) return fail(ENOMEM);
+  int rc = posix_spawn_file_actions_init(&fa);
+  if (rc != 0) return fail(rc);
+  if (allocfails() || (rc = posix_spawnattr_init(&attr)) != 0) {
+    posix_spawn_file_actions_destroy(&fa);
+    return fail(rc != 0 ? rc : ENOMEM);
   }
+  // The child gets default SIGPIPE handling and no blocked signals, whatever
+  // the application set for itself.
+  sigset_t none, pipeset;
+  sigemptyset(&none);
+  sigemptyset(&pipeset);
+  sigaddset(&pipeset, SIGPIPE);
+  rc = posix_spawnattr_setsigmask(&attr, &none);
+  if (rc == 0) rc = posix_spawnattr_setsigdefault(&attr, &pipeset);
+  if (rc == 0) rc = posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  if (rc == 0) rc = allocfails() ? ENOMEM : posix_spawn_file_actions_adddup2(&fa, theirs, out ? STDIN_FILENO : STDOUT_FILENO);
+  if (rc == 0 && out) rc = allocfails() ? ENOMEM : posix_spawn_file_actions_adddup2(&fa, targetfd, STDOUT_FILENO);
+  if (rc == 0) rc = allocfails() ? ENOMEM : posix_spawn_file_actions_adddup2(&fa, nullfd, STDERR_FILENO);
   pid_t pid = -1;
-  int rc = posix_spawnp(&pid, "gzip", &fa, nullptr, const_cast<char *const *>(argv), environ);
+  if (rc == 0)
+    rc = posix_spawnp(&pid, "gzip", &fa, &attr, const_cast<char *const *>(argv), environ);
   posix_spawn_file_actions_destroy(&fa);
-  close(theirs);
-  if (rc != 0) {
-    close(ours);
-    return nullptr;
-  }
+  posix_spawnattr_destroy(&attr);
+  if (rc != 0) return fail(rc);
   spawned.fetch_add(1);
-  FILE *fp = fdopen(ours, out ? "wb" : "rb");
+  close(theirs);
+  fds[out ? 0 : 1] = -1;
+  close(nullfd);
+  nullfd = -1;
+  if (targetfd >= 0) close(targetfd);
+  targetfd = -1;
+  cookie_io_functions_t io = {piperead, pipewrite, nullptr, pipeclose};
+  FILE *fp = allocfails() ? nullptr
+                          : fopencookie(reinterpret_cast<void *>(static_cast<intptr_t>(ours) + 1),
+                                        out ? "w" : "r", io);
   if (fp == nullptr) {
+    // Closing our end ends the child: end of input for a compressor, a
+    // broken pipe for a decompressor.
     close(ours);
-    int st;
-    waitpid(pid, &st, 0);
+    reap(pid);
+    pipeunreserve();
+    errno = ENOMEM;
     return nullptr;
   }
-  pipeadd(fp, pid);
+  pipefill(fp, pid, !out);
   return fp;
 }
 
 void printopenfail(env *e, const char *name) {
   if (e != nullptr && checkenv(e)) msg(e->errchannel, errtext(e, 1423), name);
+}
+
+// The status of a failed open: out of memory is 1001 (nothing printed),
+// anything else the printed 1423.
+int openfailure(env *e, const char *name) {
+  if (errno == ENOMEM) return kNoMemory;
+  printopenfail(e, name);
+  return -1423;
 }
 
 }  // namespace
@@ -163,24 +288,19 @@ FILE *fileopenread(env *e, const char *name, const char *mode, const char *suffi
     // Test that the file is there before any child starts.
     FILE *probe = std::fopen(name, mode);
     if (probe == nullptr) {
-      printopenfail(e, name);
-      *status = -1423;
+      *status = openfailure(e, name);
       return nullptr;
     }
     std::fclose(probe);
     const char *argv[] = {"gzip", "-cd", "--", name, nullptr};
     FILE *fp = startpipe(argv, false, nullptr);
-    if (fp == nullptr) {
-      printopenfail(e, name);
-      *status = -1423;
-    }
+    if (fp == nullptr) *status = openfailure(e, name);
     return fp;
   }
   FILE *fp = std::fopen(name, mode);
   if (fp != nullptr) return fp;
-  if (quiet || suffix == nullptr || suffix[0] == '\0') {
-    printopenfail(e, name);
-    *status = -1423;
+  if (quiet || suffix == nullptr || suffix[0] == '\0' || errno == ENOMEM) {
+    *status = openfailure(e, name);
     return nullptr;
   }
   std::string upper(suffix);
@@ -205,26 +325,25 @@ FILE *fileopenread(env *e, const char *name, const char *mode, const char *suffi
 FILE *fileopenwrite(const char *name, const char *mode, int allowpipe) {
   if (name == nullptr || name[0] == '\0') return nullptr;
   if (allowpipe && iscompressed(name)) {
-    FILE *probe = std::fopen(name, "wb");
-    if (probe == nullptr) return nullptr;
-    std::fclose(probe);
     const char *argv[] = {"gzip", "-c", nullptr};
     return startpipe(argv, true, name);
   }
   return std::fopen(name, mode);
 }
 
-int fileclose(const char *name, FILE **fp) {
+int fileclose(const char *, FILE **fp) {
   if (fp == nullptr || *fp == nullptr) return 0;
   FILE *f = *fp;
   *fp = nullptr;
-  pid_t pid = (name != nullptr && iscompressed(name)) ? pipetake(f) : -1;
+  bool reading = false;
+  pid_t pid = pipetake(f, &reading);
   int rc = std::fclose(f) == 0 ? 0 : 1;
   if (pid > 0) {
-    int st = 0;
-    while (waitpid(pid, &st, 0) < 0 && errno == EINTR) {
-    }
-    if (!WIFEXITED(st) || WEXITSTATUS(st) != 0) rc = 1;
+    int st = reap(pid);
+    // A decompressor that we stopped listening to dies of a broken pipe;
+    // that is no failure of the read.
+    bool stopped = reading && WIFSIGNALED(st) && WTERMSIG(st) == SIGPIPE;
+    if (!stopped && (!WIFEXITED(st) || WEXITSTATUS(st) != 0)) rc = 1;
   }
   return rc;
 }

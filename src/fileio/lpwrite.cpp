@@ -1,5 +1,6 @@
 // Writer of the LP format: objective, constraints, bounds, type lists.
 // Lines break before column 79.
+#include <cerrno>
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -121,8 +122,11 @@ std::string defname(char prefix, int i) {
 }  // namespace
 
 int lpwritefile(env *e, const char *name, const filemodel &m) {
+  int status = checkwritenames(e, m, true);
+  if (status) return status;
   FILE *fp = fileopenwrite(name, "w", 1);
-  if (fp == nullptr) return fileerror(e, 1422, name);
+  if (fp == nullptr) return errno == ENOMEM ? kNoMemory : fileerror(e, 1422, name);
+  fileguard guard{name, &fp};
   bool colgiven = m.colnames.size() == m.numcols;
   bool rowgiven = m.rownames.size() == m.numrows;
   if (!colgiven && m.numcols > 0)

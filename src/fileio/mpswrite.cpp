@@ -1,5 +1,6 @@
 // Writer of the MPS format: a free-width form of the fixed layout in which
 // every name field is padded to the width of the longest name.
+#include <cerrno>
 #include <algorithm>
 #include <string>
 
@@ -139,8 +140,11 @@ void boundline(outbuf &o, const char *type, std::string_view bnd, std::string_vi
 }  // namespace
 
 int mpswritefile(env *e, const char *name, const filemodel &m) {
+  int status = checkwritenames(e, m, false);
+  if (status) return status;
   FILE *fp = fileopenwrite(name, "w", 1);
-  if (fp == nullptr) return fileerror(e, 1422, name);
+  if (fp == nullptr) return errno == ENOMEM ? kNoMemory : fileerror(e, 1422, name);
+  fileguard guard{name, &fp};
   names rows(m.rownames, m.numrows, 'c');
   names cols(m.colnames, m.numcols, 'x');
   if (!cols.given() && m.numcols > 0)

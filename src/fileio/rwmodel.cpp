@@ -43,6 +43,7 @@ int sniff(env *e, const char *name, filekind *kind) {
   int status = 0;
   FILE *fp = fileopenread(e, name, "rb", "", 1, 0, &status);
   if (fp == nullptr) return status;
+  fileguard guard{name, &fp};
   int c = std::fgetc(fp);
   *kind = kKindNone;
   if (c == EOF) {
@@ -261,7 +262,7 @@ filekind writekind(const char *name, const char *type, int *status) {
 int writeframe(env *e, lp *p, const char *name, filekind kind, const char *type) {
   int status = 0;
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) {
+  if (!checklp(e, p)) {
     status = kNoProblem;
   } else {
     try {
@@ -288,7 +289,7 @@ extern "C" {
 int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype) {
   int status = 0;
   if (!checkenv(env)) return kNoEnvironment;
-  if (!checklp(lp)) {
+  if (!checklp(env, lp)) {
     status = kNoProblem;
   } else if (filename == nullptr || filename[0] == '\0') {
     status = 1421;

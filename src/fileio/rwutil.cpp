@@ -3,6 +3,8 @@
 
 #include "env/files.h"
 
+#include <string>
+#include <cctype>
 #include <cmath>
 #include <cstdarg>
 #include <cstdlib>
@@ -232,10 +234,78 @@ int readmodelfile(env *e, const char *name, const char *ext, filemodel &m,
   int status = 0;
   FILE *fp = fileopenread(e, name, "r", ext, 0, 1, &status);
   if (fp == nullptr) return status;
+  fileguard guard{name, &fp};
   status = readfp(e, fp, m);
   int crc = fileclose(name, &fp);
   if (status == 0 && crc != 0) status = fileerror(e, 1423, name);
   return status;
+}
+
+namespace {
+
+bool ciequal(std::string_view a, const char *b) {
+  size_t n = std::strlen(b);
+  if (a.size() != n) return false;
+  for (size_t i = 0; i < n; ++i)
+    if (std::toupper(static_cast<unsigned char>(a[i])) != b[i]) return false;
+  return true;
+}
+
+// Why a name would not read back, or null.  In the LP form a row name is
+// only ever a label before ':', so it need not look like a variable.
+const char *unwritable(std::string_view n, bool lp, bool row) {
+  if (n.empty()) return "is empty";
+  if (n.size() > 255) return "is longer than 255 characters";
+  for (char ch : n) {
+    unsigned char c = static_cast<unsigned char>(ch);
+    if (c <= 32 || c == 127) return "holds a blank or control character";
+  }
+  if (!lp) return n[0] == '$' ? "starts with '$'" : nullptr;
+  for (char ch : n)
+    if (std::strchr(":|+-<=>[]*/^\\", ch) != nullptr) return "holds an operator character";
+  if (row) return nullptr;
+  unsigned char c0 = static_cast<unsigned char>(n[0]);
+  if (!(std::isalpha(c0) || c0 >= 128 || std::strchr("!\"#$%&'(),;?@_`{}~", c0) != nullptr))
+    return "does not start with a letter";
+  if ((n[0] == 'e' || n[0] == 'E') && (n.size() == 1 || std::isdigit(static_cast<unsigned char>(n[1]))))
+    return "reads as a number";
+  static const char *const kWords[] = {
+      "MIN", "MINI", "MINIM", "MINIMI", "MINIMIZ", "MINIMIZE", "MAX", "MAXI", "MAXIM", "MAXIMI",
+      "MAXIMIZ", "MAXIMIZE", "ST", "ST.", "S.T", "S.T.", "SUBJECT", "SUCH", "USER", "LAZY",
+      "BOUN", "BOUND", "BOUNDS", "INT", "INTS", "INTEGER", "INTEGERS", "BIN", "BINS", "BINARY",
+      "BINARIES", "GEN", "GENS", "GENERAL", "GENERALS", "SEMI", "SEMIS", "SOS", "END", "FREE",
+      "INF", "INFINITY"};
+  for (const char *w : kWords)
+    if (ciequal(n, w)) return "is a keyword";
+  return nullptr;
+}
+
+}  // namespace
+
+int checkwritenames(env *e, const filemodel &m, bool lp) {
+  const char *form = lp ? "LP" : "MPS";
+  for (int side = 0; side < 2; ++side) {
+    const namestore &names = side == 0 ? m.rownames : m.colnames;
+    int count = side == 0 ? m.numrows : m.numcols;
+    if (names.size() != count) continue;  // default names
+    const char *what = side == 0 ? "Row" : "Column";
+    nametable seen(names);
+    for (int i = 0; i < count; ++i) {
+      std::string_view n(names.get(i), names.len(i));
+      const char *why = unwritable(n, lp, side == 0);
+      if (why == nullptr && seen.insert(i) >= 0) why = "is used twice";
+      // An MPS file names the objective among the rows.
+      if (why == nullptr && !lp && side == 0 &&
+          n == (m.objname.empty() ? std::string_view("obj") : std::string_view(m.objname)))
+        why = "is the objective's name";
+      if (why != nullptr) {
+        msg(e->errchannel, "%s %d name '%.255s' %s: the model can't be written in %s form.\n",
+            what, i, std::string(n).c_str(), why, form);
+        return kBadArgument;
+      }
+    }
+  }
+  return 0;
 }
 
 int fileerror(env *e, int code, ...) {

@@ -124,6 +124,13 @@ int lpreadfile(env *e, const char *name, filemodel &m);
 // The same on an open stream (used by the fuzz targets).
 int mpsreadfp(env *e, FILE *fp, filemodel &m);
 int lpreadfp(env *e, FILE *fp, filemodel &m);
+// Tests that every row and column name of m reads back as itself from a file
+// of the given kind (MPS when `lp` is false): not empty, at most 255
+// characters, no blanks or control characters, no name twice on one side,
+// and for the LP form only the reader's name characters and no word the
+// reader takes for a keyword, a number or an infinity.  On failure prints
+// which name and returns 1003 (the file is not opened).
+int checkwritenames(env *e, const filemodel &m, bool lp);
 int mpswritefile(env *e, const char *name, const filemodel &m);
 int lpwritefile(env *e, const char *name, const filemodel &m);
 

@@ -331,18 +331,29 @@ int cache_fold(env *e, lp *p, int fire) {
   int status = 0;
   int n0 = core->numcols, m0 = core->numrows;
   bool hadcols = c->ccnt > 0, hadrows = c->rcnt > 0, hadnz = c->mnz > 0;
+  // A part that did not get into the model stays pending (with everything
+  // after it), so that a fold that ran out of memory loses nothing and the
+  // next call folds the rest.
   if (c->ccnt > 0) {
     if (fire) dropstate(e, p, 29);
     status = appendcols(e, p, c->ccnt, c->cobj, c->clb, c->cub, c->cctype,
                         c->cnames ? c->cnames->names : nullptr, 0, nullptr, nullptr, nullptr);
+    if (p->core->numcols != n0 + c->ccnt) return status ? status : kNoMemory;
     c->basecols = core->numcols;
+    c->ccnt = 0;
+    release(&c->cctype);
+    nameset_free(&c->cnames);
   }
   if (status == 0 && c->rcnt > 0) {
     if (fire) dropstate(e, p, 17);
     status = appendrows(e, p, c->rcnt, c->rrhs, c->rsense, c->rrngval,
                         c->rnames ? c->rnames->names : nullptr);
+    if (p->core->numrows != m0 + c->rcnt) return status ? status : kNoMemory;
     c->baserows = core->numrows;
+    c->rcnt = 0;
+    nameset_free(&c->rnames);
   }
+  if (status != 0) return status;
   if (status == 0 && c->mnz > 0) {
     int form = c->mform;
     status = totriples(c);
@@ -350,6 +361,7 @@ int cache_fold(env *e, lp *p, int fire) {
       if (fire) dropstate(e, p, form == 2 ? 6 : 34);
       status = insertentries(e, p, c->mnz, c->mrow, c->mcol, c->mval);
     }
+    if (status) return status;
   }
   start *s = p->start;
   if (status == 0 && s && hadnz) {
@@ -392,7 +404,7 @@ void *VLTEgetCache(VLTLPptr lp) { return checklp(lp) ? lp->core->cache : nullptr
 int VLTcompletelp(VLTENVptr env, VLTLPptr lp) {
   int status = 0;
   if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklp(lp)) status = kNoProblem;
+  else if (!checklp(env, lp)) status = kNoProblem;
   if (status == 0) status = guarded([&] { return cache_flush(env, lp); });
   if (status) report(env, &status);
   return status;
@@ -402,6 +414,9 @@ int VLTEcacheNewCols(VLTENVptr env, VLTLPptr lp, int count, const double *obj,
                      const double *lb, const double *ub, const char *ctype, char **names) {
   int status = changeframe(env, lp);
   if (status == 0 && count < 0) status = kBadArgument;
+  if (status == 0) status = checknumbers(env, count, obj, kNumValue);
+  if (status == 0) status = checknumbers(env, count, lb, kNumLower);
+  if (status == 0) status = checknumbers(env, count, ub, kNumUpper);
   if (status == 0) status = guarded([&] { return cache_newcols(env, lp, count, obj, lb, ub, ctype, names); });
   if (status) report(env, &status);
   return status;
@@ -411,6 +426,8 @@ int VLTEcacheNewRows(VLTENVptr env, VLTLPptr lp, int count, const double *rhs,
                      const char *sense, const double *rngval, char **names) {
   int status = changeframe(env, lp);
   if (status == 0 && count < 0) status = kBadArgument;
+  if (status == 0) status = checknumbers(env, count, rhs, kNumValue);
+  if (status == 0) status = checknumbers(env, count, rngval, kNumValue);
   if (status == 0) status = guarded([&] { return cache_newrows(env, lp, count, rhs, sense, rngval, names); });
   if (status) report(env, &status);
   return status;
@@ -421,6 +438,7 @@ int VLTEcacheNewNZsByNZ(VLTENVptr env, VLTLPptr lp, int count, const int *rows,
   int status = changeframe(env, lp);
   if (status == 0 && count < 0) status = kBadArgument;
   if (status == 0 && count > 0 && (!rows || !cols || !values)) status = kNullPointer;
+  if (status == 0) status = checknumbers(env, count, values, kNumValue);
   if (status == 0) {
     int m = lp->core->numrows + pendingrows(lp), n = lp->core->numcols + pendingcols(lp);
     for (int k = 0; k < count && status == 0; ++k) {

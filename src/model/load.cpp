@@ -1,6 +1,7 @@
 // Problem object: creation, whole-model loading, cloning, freeing, and the
 // arrangement of ranged-row columns and slacks.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -261,6 +262,43 @@ uint32_t storeused(char **names, int n, const char *store) {
   return used;
 }
 
+int packcolumn(const int *ind, const double *val, int cnt, int *outind, double *outval,
+               int *where) {
+  int out = 0;
+  for (int k = 0; k < cnt; ++k) {
+    int i = ind[k];
+    if (where[i] >= 0) {
+      outval[where[i]] += val[k];
+    } else {
+      where[i] = out;
+      outind[out] = i;
+      outval[out] = val[k];
+      ++out;
+    }
+  }
+  int kept = 0;
+  for (int k = 0; k < out; ++k) {
+    where[outind[k]] = -1;
+    if (outval[k] == 0.0) continue;
+    outind[kept] = outind[k];
+    outval[kept] = outval[k];
+    ++kept;
+  }
+  return kept;
+}
+
+int checknumbers(env *e, int n, const double *a, numberkind kind) {
+  for (int k = 0; a != nullptr && k < n; ++k) {
+    double v = a[k];
+    if (std::isfinite(v)) continue;
+    if (kind == kNumLower && v < 0.0) continue;
+    if (kind == kNumUpper && v > 0.0) continue;
+    msg(e->errchannel, errtext(e, 1225), k);
+    return -1225;
+  }
+  return 0;
+}
+
 int checkload(env *e, int numcols, int numrows, int objsen, const char *sense,
               const int *matbeg, const int *matcnt, const int *matind, char **colname,
               char **rowname, bool full) {
@@ -371,6 +409,7 @@ void freeprob(env *e, lp **pp) {
   core_free(&p->core);
   release(&p->aux);
   p->self = nullptr;
+  p->tag = 0;
   p->self2 = nullptr;
   resremove(e, p);
   release(pp);
@@ -490,7 +529,9 @@ lp *newlpobject(env *e, int *status_p, lpload *d) {
   }
   if (status == 0) {
     p->self = p;
+    p->tag = kLpTag;
     p->self2 = p;
+    p->owner = e;
     p->lpstat = -1;
     p->core = c;
     c = nullptr;
@@ -535,6 +576,7 @@ int copylpwnames(env *e, lp *p, int numcols, int numrows, int objsen, const doub
                  const double *rngval, char **colname, char **rowname, int colgrow, int rowgrow,
                  int nzgrow) {
   lpcore *c = p->core;
+  std::vector<int> where(static_cast<size_t>(numrows), -1);
   dropstate(e, p, 16);
   int nz = numcols > 0 ? matbeg[numcols - 1] + matcnt[numcols - 1] : 0;
   for (int j = 0; j < numcols; ++j) nz = std::max(nz, matbeg[j] + matcnt[j]);
@@ -595,16 +637,9 @@ int copylpwnames(env *e, lp *p, int numcols, int numrows, int objsen, const doub
     if (rngval) std::memcpy(c->rngval, rngval, sizeof(double) * numrows);
     else if (c->rngval) std::fill(c->rngval, c->rngval + numrows, 0.0);
   }
-  for (int j = 0; j < numcols; ++j) {
-    int pos = matbeg[j];
-    for (int k = matbeg[j]; k < matbeg[j] + matcnt[j]; ++k) {
-      if (matval[k] == 0.0) continue;
-      c->matind[pos] = matind[k];
-      c->matval[pos] = matval[k];
-      ++pos;
-    }
-    c->matcnt[j] = pos - matbeg[j];
-  }
+  for (int j = 0; j < numcols; ++j)
+    c->matcnt[j] = packcolumn(matind + matbeg[j], matval + matbeg[j], matcnt[j],
+                              c->matind + matbeg[j], c->matval + matbeg[j], where.data());
   auto pack = [](char **dst, char *store, char **src, int n) {
     char *q = store;
     for (int k = 0; k < n; ++k) {
@@ -636,7 +671,7 @@ int copyframe(env *e, lp *p, int numcols, int numrows, int objsen, const double 
               const double *rngval, char **colname, char **rowname, int colgrow, int rowgrow,
               int nzgrow) {
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) return kNoProblem;
+  if (!checklp(e, p)) return kNoProblem;
   if (isview(p) || p->probtype == kTypeZeroedQP) return 1023;
   if (numcols < 0 || numrows < 0) return kBadArgument;
   if (p->probtype == kTypeMILP || p->probtype == kTypeMIQP) {
@@ -664,6 +699,17 @@ int copyframe(env *e, lp *p, int numcols, int numrows, int objsen, const double 
   }
   int status = checkload(e, numcols, numrows, objsen, sense, matbeg, matcnt, matind, colname,
                          rowname, par_datacheck(e) != 0);
+  if (status == 0) status = checknumbers(e, numcols, obj, kNumValue);
+  if (status == 0) status = checknumbers(e, numrows, rhs, kNumValue);
+  if (status == 0) status = checknumbers(e, numcols, lb, kNumLower);
+  if (status == 0) status = checknumbers(e, numcols, ub, kNumUpper);
+  if (status == 0) status = checknumbers(e, numrows, rngval, kNumValue);
+  for (int j = 0; status == 0 && j < numcols; ++j)
+    for (int k = matbeg[j]; status == 0 && k < matbeg[j] + matcnt[j]; ++k)
+      if (!std::isfinite(matval[k])) {
+        msg(e->errchannel, errtext(e, 1225), k);
+        status = -1225;
+      }
   if (status) return status;
   if (objsen != -1) objsen = 1;
   return copylpwnames(e, p, numcols, numrows, objsen, obj, rhs, sense, matbeg, matcnt, matind,
@@ -724,7 +770,10 @@ int VLTfreeprob(VLTENVptr env, VLTLPptr *lp_p) {
   int status = 0;
   if (!checkenv(env)) status = kNoEnvironment;
   else if (lp_p == nullptr || *lp_p == nullptr) status = kNullPointer;
-  else if ((*lp_p)->self != *lp_p) status = kNoProblem;
+  else if ((*lp_p)->self != *lp_p || (*lp_p)->tag != kLpTag || (*lp_p)->owner != env)
+    status = kNoProblem;
+  else if ((*lp_p)->holder != nullptr)
+    status = kBadArgument;  // a reduced problem goes with the problem that holds it
   if (status == 0) freeprob(env, lp_p);
   if (status) report(env, &status);
   return status;
@@ -758,7 +807,7 @@ int VLTcopylpwnames(VLTENVptr env, VLTLPptr lp, int numcols, int numrows, int ob
 int VLTcopyobjname(VLTENVptr env, VLTLPptr lp, const char *objname) {
   int status = 0;
   if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklp(lp)) status = kNoProblem;
+  else if (!checklp(env, lp)) status = kNoProblem;
   else if (isview(lp)) status = 1023;
   if (status == 0) {
     char *copy = nullptr;
@@ -783,7 +832,7 @@ VLTLPptr VLTcloneprob(VLTENVptr env, VLTLPptr lp, int *status_p) {
   if (status_p) *status_p = 0;
   try {
     if (!checkenv(env)) status = kNoEnvironment;
-    else if (!checklp(lp)) status = kNoProblem;
+    else if (!checklp(env, lp)) status = kNoProblem;
     if (status == 0) status = cache_flush(env, lp);
     if (status == 0) {
       q = VLTcreateprob(env, &status, lp->core->probname);

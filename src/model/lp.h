@@ -180,6 +180,7 @@ struct cache {
 // The problem object: a record of links to its layers, null when absent.
 struct velto_lp {
   velto_lp *self;
+  uint32_t tag;     // kLpTag while alive (see checkenv)
   velto_lp *self2;
   int auxcount;
   int *aux;
@@ -204,6 +205,8 @@ struct velto_lp {
   velto::qpdata *qp;
   void *qpaux;
   velto::siftrec *sift;
+  velto_env *owner;  // the environment that made the problem
+  velto_lp *holder;  // the problem whose layer this one is (a reduced problem), or null
 };
 
 namespace velto {
@@ -211,9 +214,16 @@ namespace velto {
 using lp = velto_lp;
 
 // ---- handle tests --------------------------------------------------------------
-inline bool checklp(const lp *p) { return p != nullptr && p->core != nullptr && p->self == p; }
-// As checklp, but a relaxed or fixed view is replaced by its linked problem.
-bool checklpfollow(lp **pp);
+inline bool checklp(const lp *p) {
+  return p != nullptr && p->self == p && p->tag == kLpTag && p->core != nullptr;
+}
+// The frame's test: a valid problem that belongs to environment e.  A problem
+// is used only through the environment that made it, so that what it creates
+// on the way (views, reduced problems) lands on that environment's list.
+inline bool checklp(const env *e, const lp *p) { return checklp(p) && p->owner == e; }
+// As checklp(e, p), but a relaxed or fixed view is replaced by its linked
+// problem.
+bool checklpfollow(const env *e, lp **pp);
 inline bool isview(const lp *p) {
   return p->probtype == kTypeRelaxed || p->probtype == kTypeFixed || p->probtype == kTypeFixedMIQP;
 }

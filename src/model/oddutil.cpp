@@ -16,11 +16,11 @@ double par_cfilemul(const env *e) { return e->params->cfilemul; }
 double par_tol1049(const env *e) { return e->params->p1049; }
 double par_tol1050(const env *e) { return e->params->p1050; }
 
-bool checklpfollow(lp **pp) {
-  if (pp == nullptr || !checklp(*pp)) return false;
+bool checklpfollow(const env *e, lp **pp) {
+  if (pp == nullptr || !checklp(e, *pp)) return false;
   lp *p = *pp;
   if (isview(p)) {
-    if (!checklp(p->fixedlp)) return false;
+    if (!checklp(e, p->fixedlp)) return false;
     *pp = p->fixedlp;
   }
   return true;

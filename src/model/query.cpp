@@ -218,7 +218,7 @@ int coefgetter(env *e, lp *p, int i, int j, double *coef) {
 int countquery(VLTENVptr env, VLTLPptr lp, bool rows) {
   int status = 0;
   if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklpfollow(&lp)) status = kNoProblem;
+  else if (!checklpfollow(env, &lp)) status = kNoProblem;
   if (status) {
     report(env, &status);
     return 0;
@@ -255,7 +255,7 @@ int VLTgetobjsen(VLTENVptr env, VLTLPptr lp) {
 int VLTgetprobtype(VLTENVptr env, VLTLPptr lp) {
   int status = 0;
   if (!checkenv(env)) status = kNoEnvironment;
-  else if (!checklp(lp)) status = kNoProblem;
+  else if (!checklp(env, lp)) status = kNoProblem;
   if (status) {
     report(env, &status);
     return -1;

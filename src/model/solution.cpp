@@ -463,7 +463,7 @@ int VLTcangetbase(VLTENVptr env, VLTLPptr lp) {
 
 int VLTcopybase(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat) {
   return finish(env, guarded([&] {
-    if (checkenv(env) && checklp(lp) && (cstat == nullptr || rstat == nullptr)) {
+    if (checkenv(env) && checklp(env, lp) && (cstat == nullptr || rstat == nullptr)) {
       int s = changeframe(env, lp);
       return s ? s : static_cast<int>(kNullPointer);
     }

@@ -39,6 +39,18 @@ void dropall(env *e, lp *p);
 int checkload(env *e, int numcols, int numrows, int objsen, const char *sense,
               const int *matbeg, const int *matcnt, const int *matind, char **colname,
               char **rowname, bool full);
+// Numbers entering the model must be finite, whatever the data check says:
+// a lower bound may also be -infinity and an upper bound +infinity (no
+// bound).  Prints error 1225 with the position of the first bad entry and
+// returns -1225; 0 when all are good or the array is null.
+enum numberkind : int { kNumValue, kNumLower, kNumUpper };
+int checknumbers(env *e, int n, const double *a, numberkind kind);
+// Copies one sparse vector, adding up entries of the same index and leaving
+// out zeros (also sums that come to zero); returns the count kept.  `where`
+// holds -1 for every index on entry and on return.  outind/outval may be
+// the input arrays themselves.
+int packcolumn(const int *ind, const double *val, int cnt, int *outind, double *outval,
+               int *where);
 // Bytes needed for names (texts plus closing zeros); null array gives 0.
 uint32_t namebytes(char **names, int n);
 // Used bytes of a model name store (end of the furthest name).
@@ -73,13 +85,13 @@ int bucketcount(long long expected);
 // Frame of the queries: handles, following a view, folding the cache.
 inline int queryframe(env *e, lp **pp) {
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklpfollow(pp)) return kNoProblem;
+  if (!checklpfollow(e, pp)) return kNoProblem;
   return cache_flush(e, *pp);
 }
 // Frame of the changes: handles and the view test; the cache is not folded.
 inline int changeframe(env *e, lp *p) {
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) return kNoProblem;
+  if (!checklp(e, p)) return kNoProblem;
   if (isview(p) || p->probtype == kTypeZeroedQP) return 1023;
   return 0;
 }

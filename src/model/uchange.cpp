@@ -196,7 +196,17 @@ namespace {
 
 // Keeps the start record in step with the model's counts: new columns at
 // lower bound, new rows basic.
+// Fits the start to a model that grew.  If memory runs out the start is
+// dropped (a start that does not cover the model is never left behind) and
+// 1001 is returned; the model itself is complete.
+int start_fit_arrays(lp *p, int n0, int m0);
 int start_fit(lp *p, int n0, int m0) {
+  int status = start_fit_arrays(p, n0, m0);
+  if (status) start_free(&p->start);
+  return status;
+}
+
+int start_fit_arrays(lp *p, int n0, int m0) {
   start *s = p->start;
   if (s == nullptr) return 0;
   const lpcore *c = p->core;
@@ -281,6 +291,7 @@ int appendcols(env *e, lp *p, int ccnt, const double *obj, const double *lb, con
     std::fill(c->ctype, c->ctype + c->colspace, 'C');
   }
   int pos = used;
+  std::vector<int> where(beg && ind && val ? static_cast<size_t>(m0) : 0, -1);
   for (int k = 0; k < ccnt; ++k) {
     int j = n0 + k;
     c->obj[j] = obj ? obj[k] : 0.0;
@@ -291,12 +302,8 @@ int appendcols(env *e, lp *p, int ccnt, const double *obj, const double *lb, con
     c->matbeg[j] = pos;
     if (beg && ind && val) {
       int end = k + 1 < ccnt ? beg[k + 1] : nzcnt;
-      for (int q = beg[k]; q < end; ++q) {
-        if (val[q] == 0.0) continue;
-        c->matind[pos] = ind[q];
-        c->matval[pos] = val[q];
-        ++pos;
-      }
+      pos += packcolumn(ind + beg[k], val + beg[k], end - beg[k], c->matind + pos,
+                        c->matval + pos, where.data());
     }
     c->matcnt[j] = pos - c->matbeg[j];
   }
@@ -356,7 +363,7 @@ int insertentries(env *e, lp *p, int cnt, const int *rows, const int *cols, cons
     std::vector<int> next(first.begin(), first.end() - 1);
     for (int k = 0; k < cnt; ++k) order[next[cols[k]]++] = k;
   }
-  std::vector<int> where(m, -1);
+  std::vector<int> where(m, -1), batch(m, -1);
   std::vector<int> newbeg(n + 1, 0);
   std::vector<int> ind;
   std::vector<double> val;
@@ -376,8 +383,13 @@ int insertentries(env *e, lp *p, int cnt, const int *rows, const int *cols, cons
       if (c->rowscale) v /= c->rowscale[i];
       if (c->colscale) v /= c->colscale[j];
       if (where[i] >= 0) {
-        val[where[i]] = v;
+        // A triple replaces what the model held; triples of one batch on
+        // the same place add up, as repeated entries do everywhere else.
+        if (batch[i] == j) val[where[i]] += v;
+        else val[where[i]] = v;
+        batch[i] = j;
       } else {
+        batch[i] = j;
         where[i] = static_cast<int>(ind.size());
         ind.push_back(i);
         val.push_back(v);
@@ -522,6 +534,12 @@ int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const dou
       msg(e->errchannel, errtext(e, 1229), k);
       return -1229;
     }
+  // An infinite value follows the rules of the model's infinity (1e20).
+  for (int k = 0; k < cnt; ++k)
+    if (std::isnan(bd[k])) {
+      msg(e->errchannel, errtext(e, 1225), k);
+      return -1225;
+    }
   bool fired = false;
   double epopt = par_epopt(e);
   for (int k = 0; k < cnt; ++k) {
@@ -584,6 +602,7 @@ static int chgentries(env *e, lp *p, int cnt, const int *indices, const double *
   lpcore *c = p->core;
   const int stored = rows ? c->numrows : c->numcols;
   status = checkindices(e, cnt, indices, stored + (rows ? pendingrows(p) : pendingcols(p)), rows);
+  if (status == 0) status = checknumbers(e, cnt, values, kNumValue);
   if (status) return status;
   bool fired = false;
   for (int k = 0; k < cnt; ++k) {
@@ -697,8 +716,13 @@ int addcols(env *e, lp *p, int ccnt, int nzcnt, const double *obj, const int *be
   int m = c->numrows + pendingrows(p);
   if (withnz && nzcnt > 0) {
     status = checkvectors(e, ccnt, nzcnt, beg, ind, m, false, full);
+    if (status == 0) status = checknumbers(e, nzcnt, val, kNumValue);
     if (status) return status;
   }
+  if (status == 0) status = checknumbers(e, ccnt, obj, kNumValue);
+  if (status == 0) status = checknumbers(e, ccnt, lb, kNumLower);
+  if (status == 0) status = checknumbers(e, ccnt, ub, kNumUpper);
+  if (status) return status;
   if (full) {
     status = checknames(e, ccnt, names);
     if (status) return status;
@@ -743,8 +767,12 @@ int addrows(env *e, lp *p, int ccnt, int rcnt, int nzcnt, const double *rhs, con
   int n = c->numcols + pendingcols(p) + ccnt;
   if (withnz && nzcnt > 0) {
     status = checkvectors(e, rcnt, nzcnt, beg, ind, n, true, full);
+    if (status == 0) status = checknumbers(e, nzcnt, val, kNumValue);
     if (status) return status;
   }
+  if (status == 0) status = checknumbers(e, rcnt, rhs, kNumValue);
+  if (status == 0) status = checknumbers(e, rcnt, rngval, kNumValue);
+  if (status) return status;
   if (full) {
     status = checknames(e, ccnt, colnames);
     if (status == 0) status = checknames(e, rcnt, rownames);

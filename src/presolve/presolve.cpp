@@ -130,6 +130,7 @@ int build_reduced(env *e, prerec *r, lp *p) {
   lp *red = newlpobject(e, &status, &d);
   if (red == nullptr) return status ? status : kNoMemory;
   r->redlp = red;
+  red->holder = p;
   return 0;
 }
 

@@ -498,7 +498,7 @@ int VLTgetprestat(VLTENVptr env, VLTLPptr lp, int *prestat_p, int *pcstat, int *
 }
 
 int VLTEgetorigcolind(VLTENVptr env, VLTLPptr lp, int redcol) {
-  if (!checkenv(env) || !checklp(lp)) return redcol;
+  if (!checkenv(env) || !checklp(env, lp)) return redcol;
   const prerec *r = lp->presolve;
   if (r == nullptr || r->redlp == nullptr) return redcol;
   for (int j = 0; j < r->ncols; ++j)
@@ -507,7 +507,7 @@ int VLTEgetorigcolind(VLTENVptr env, VLTLPptr lp, int redcol) {
 }
 
 int VLTEgetorigrowind(VLTENVptr env, VLTLPptr lp, int redrow) {
-  if (!checkenv(env) || !checklp(lp)) return -1;
+  if (!checkenv(env) || !checklp(env, lp)) return -1;
   const prerec *r = lp->presolve;
   if (r == nullptr) return redrow;
   for (int i = 0; i < r->nrows; ++i)

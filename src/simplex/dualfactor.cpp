@@ -40,6 +40,8 @@ struct sparsefac final : dualfactor {
         }
       return static_cast<int>(singular.size());
     }
+    // Out of memory is no singular basis: it leaves the run as 1001.
+    if (r == kNoMemory) throw std::bad_alloc();
     return r == 0 ? 0 : -1;
   }
 

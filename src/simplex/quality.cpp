@@ -176,7 +176,7 @@ double kappa_call(env *e, lp *p, F &&work) {
   int status = 0;
   double value = -1.0;
   if (!checkenv(e)) return -1.0;
-  if (!checklp(p)) status = kNoProblem;
+  if (!checklp(e, p)) status = kNoProblem;
   if (status == 0) status = guarded([&] { return cache_flush(e, p); });
   if (status == 0) status = guarded([&] { return work(value); });
   if (status) {

@@ -16,7 +16,7 @@ namespace {
 int entry(env *e, lp *p, int (*run)(env *, lp *)) {
   int status = 0;
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) status = kNoProblem;
+  if (!checklp(e, p)) status = kNoProblem;
   if (status == 0) status = guarded([&] { return cache_flush(e, p); });
   if (status == 0) status = guarded([&] { return run(e, p); });
   if (status) report(e, &status);
