@@ -50,7 +50,7 @@ void release_sos(env *, lp *p) {
 int frame(env *e, lp *p) {
   mip_register();
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) return kNoProblem;
+  if (!checklp(e, p)) return kNoProblem;
   if (isview(p) || p->probtype == kTypeZeroedQP) return 1023;
   return cache_flush(e, p);
 }
@@ -165,7 +165,7 @@ int getsos(env *e, lp *p, int *nzcnt, char *type, int *pri, int *beg, int *ind, 
   if (nzcnt) *nzcnt = 0;
   if (surplus) *surplus = 0;
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklpfollow(&p)) return kNoProblem;
+  if (!checklpfollow(e, &p)) return kNoProblem;
   int status = cache_flush(e, p);
   if (status) return status;
   const sosdata *s = p->core->sos;
@@ -241,7 +241,7 @@ int listgetframe(env *e, lp **pp, int *cnt, int *surplus) {
   if (cnt) *cnt = 0;
   if (surplus) *surplus = 0;
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklpfollow(pp)) return kNoProblem;
+  if (!checklpfollow(e, pp)) return kNoProblem;
   int status = cache_flush(e, *pp);
   if (status) return status;
   return integertype((*pp)->probtype) ? 0 : 3003;
@@ -350,7 +350,7 @@ int getmipstart(env *e, lp *p, int *cnt, int *indices, double *values, int space
 int counttype(env *e, lp *p, char t) {
   if (!checkenv(e)) return 0;
   int status = 0;
-  if (!checklpfollow(&p)) {
+  if (!checklpfollow(e, &p)) {
     status = kNoProblem;
     report(e, &status);
     return 0;
@@ -454,7 +454,7 @@ int VLTgetsos(VLTENVptr env, VLTLPptr lp, int *numsosnz_p, char *sostype, int *s
 
 int VLTgetnumsos(VLTENVptr env, VLTLPptr lp) {
   if (!checkenv(env)) return 0;
-  if (!checklpfollow(&lp)) {
+  if (!checklpfollow(env, &lp)) {
     int status = kNoProblem;
     report(env, &status);
     return 0;

@@ -76,7 +76,7 @@ int fixcompanion(env *e, lp *p, const incumbent &s) {
 int chgprobtype(env *e, lp *p, int type) {
   mip_register();
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklp(p)) return kNoProblem;
+  if (!checklp(e, p)) return kNoProblem;
   int status = cache_flush(e, p);
   if (status) return status;
   int old = p->probtype;
@@ -138,7 +138,7 @@ int chgprobtype(env *e, lp *p, int type) {
 // Frame of the result getters: the run must have happened.
 int runframe(env *e, lp **pp, mipwork **w) {
   if (!checkenv(e)) return kNoEnvironment;
-  if (!checklpfollow(pp)) return kNoProblem;
+  if (!checklpfollow(e, pp)) return kNoProblem;
   lp *p = *pp;
   if (!integertype(p->probtype)) return 3003;
   if (p->mip == nullptr || p->mip->work == nullptr) return 1217;
