@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "interrupt.h"
 #include "velto.h"
 
 #ifndef VELTO_EXAMPLE_MODEL
@@ -244,6 +245,7 @@ int main(int argc, char **argv) {
   } else if (!o.write.empty() && (status = VLTwriteprob(env, lp, o.write.c_str(), nullptr)) != 0) {
     std::fprintf(stderr, "velto: cannot write '%s': %s\n", o.write.c_str(), errorline(env, status).c_str());
   } else {
+    interrupt_install(env);
     if (o.method == "primal")
       status = VLTprimopt(env, lp);
     else if (o.method == "dual")
