@@ -1,0 +1,105 @@
+// Multilevel vertex separators: coarsening by random matching, a start with
+// every vertex of the coarsest graph in the separator, and refinement on the
+// way back to the finest level.
+#include <algorithm>
+#include <vector>
+
+#include "barrier/barorder.h"
+#include "barrier/edvfm.h"
+
+namespace velto {
+
+namespace {
+
+constexpr int kMaxLevels = 50;
+
+// Coarsens g by a matching; false when it doesn't shrink enough.
+bool coarsen(sepgraph &g, sepgraph &c, uint32_t *seed) {
+  const int n = g.n;
+  std::vector<int> match(n, -1);
+  g.cmap.assign(n, -1);
+  int nc = 0;
+  for (int v = 0; v < n; ++v) {
+    if (match[v] >= 0) continue;
+    int len = g.adjbeg[v + 1] - g.adjbeg[v];
+    int partner = v;
+    if (len > 0) {
+      int start = randint(seed) % len;
+      for (int k = 0; k < len; ++k) {
+        int u = g.adjlist[g.adjbeg[v] + (start + k) % len];
+        if (match[u] < 0 && u != v) {
+          partner = u;
+          break;
+        }
+      }
+    }
+    match[v] = partner;
+    match[partner] = v;
+    g.cmap[v] = g.cmap[partner] = nc++;
+  }
+  if (nc > 0.9 * n) return false;
+  c.n = nc;
+  c.weights.assign(nc, 0);
+  std::vector<int> first(nc, -1);
+  for (int v = 0; v < n; ++v) {
+    c.weights[g.cmap[v]] += g.weights[v];
+    if (first[g.cmap[v]] < 0) first[g.cmap[v]] = v;
+  }
+  c.adjbeg.assign(nc + 1, 0);
+  c.adjlist.clear();
+  std::vector<int> seen(nc, -1);
+  for (int cv = 0; cv < nc; ++cv) {
+    int v = first[cv];
+    seen[cv] = cv;
+    for (int x : {v, match[v]}) {
+      for (int a = g.adjbeg[x]; a < g.adjbeg[x + 1]; ++a) {
+        int cu = g.cmap[g.adjlist[a]];
+        if (seen[cu] != cv) {
+          seen[cu] = cv;
+          c.adjlist.push_back(cu);
+        }
+      }
+      if (match[v] == v) break;
+    }
+    c.adjbeg[cv + 1] = (int)c.adjlist.size();
+  }
+  return true;
+}
+
+double refine(const sepgraph &g, std::vector<signed char> &side, uint32_t *seed) {
+  double score = 1e300;
+  for (int pass = 0; pass < 5; ++pass) {
+    double s = fmpass(g, side, seed);
+    if (s == score) break;
+    score = s;
+  }
+  return score;
+}
+
+}  // namespace
+
+void separator(const ordgraph &og, uint32_t seed, std::vector<signed char> &side) {
+  std::vector<sepgraph> lv(1);
+  lv[0].n = og.n;
+  lv[0].adjbeg = og.adjbeg;
+  lv[0].adjlist = og.adjlist;
+  lv[0].weights.assign(og.n, 1);
+  uint32_t s = seed;
+  while ((int)lv.size() < kMaxLevels && lv.back().n >= 50) {
+    sepgraph c;
+    if (!coarsen(lv.back(), c, &s)) break;
+    lv.push_back(std::move(c));
+  }
+  std::vector<signed char> cur(lv.back().n, 2);
+  for (int l = (int)lv.size() - 1; l >= 0; --l) {
+    if (l < (int)lv.size() - 1) {
+      std::vector<signed char> fine(lv[l].n);
+      for (int v = 0; v < lv[l].n; ++v) fine[v] = cur[lv[l].cmap[v]];
+      cur.swap(fine);
+    }
+    refine(lv[l], cur, &s);
+  }
+  side.swap(cur);
+}
+
+}  // namespace velto
