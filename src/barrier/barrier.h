@@ -55,8 +55,8 @@ struct cholrec {
   // rows, count of rows in the target.
   std::vector<int> updstart, updsrc, updpos, updcnt;
   std::vector<int> parentpanel;
-  // Tasks: panels [taskfirst[t], taskend[t]).
-  std::vector<int> taskfirst, taskend;
+  // Tasks: panels tasklist[taskfirst[t] .. taskend[t]), ascending.
+  std::vector<int> taskfirst, taskend, tasklist;
   std::atomic<int> nexttask{0};
   int nthreads = 1;
   std::vector<std::atomic<int>> pivotdone;
@@ -89,5 +89,19 @@ void chol_free(cholrec &c);
 
 // Analysis and first setup in one: dense columns, ordering, symbolic factor.
 int chol_analyse(env *e, barprob &bp, cholrec &c);
+
+}  // namespace velto
+
+namespace velto {
+
+// Solves (A*D*A' + S) x = rhs with the last factor and refines x against the
+// matrix itself, at most `rounds` times while the residual falls: the
+// border of dense columns loses digits that one refinement step gives back.
+int normal_solve(env *e, const barprob &bp, const cholrec &c, const std::vector<double> &d,
+                 std::vector<double> &x, const std::vector<double> &rhs, int rounds);
+
+// y = (A*D*A' + S) x, with S the slack terms of d.
+void normal_product(const barprob &bp, const std::vector<double> &d, const std::vector<double> &x,
+                    std::vector<double> &y);
 
 }  // namespace velto

@@ -157,6 +157,7 @@ int sym_normal(env *e, cholrec &c, const barprob &bp, const std::vector<int> &pe
   return guarded([&]() -> int {
     const int m = bp.m, nd = (int)bp.densecols.size(), n = m + nd;
     c.mode = 98;
+    c.npanels = 0;  // cut again at the next setup
     c.m = m;
     c.ndense = nd;
     c.n = n;

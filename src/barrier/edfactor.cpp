@@ -72,10 +72,11 @@ void scatter(const shared &sh, int p, double *val, const int *relindex) {
   }
 }
 
-void runpanels(worker &wk, int pbeg, int pend) {
+void runpanels(worker &wk, int tbeg, int tend) {
   shared &sh = *wk.sh;
   cholrec &c = *sh.c;
-  for (int p = pbeg; p < pend; ++p) {
+  for (int at = tbeg; at < tend; ++at) {
+    const int p = c.tasklist[at];
     const int pw = c.pwidth[p], len = c.plen[p];
     const int *pat = &c.patind[c.poff[p]];
     double *val = c.vals.data() + c.pval[p];

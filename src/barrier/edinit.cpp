@@ -35,12 +35,26 @@ int panel_width(const cholrec &c, int threads) {
 
 }  // namespace
 
+void buildpanels(cholrec &c);
+void buildtasks(cholrec &c);
+
 int chol_setup(env *e, const barprob &bp, cholrec &c, int nthreads) {
   (void)bp;
   return guarded([&]() -> int {
     c.nthreads = std::max(1, nthreads);
     const int kk = e->barparams->p3020;
     c.kernelkind = kk == 0 ? 2 : (kk > 0 ? kk : 0);
+    // The panels are cut once per analysis; a new worker count only
+    // changes the tasks, so the factor's values don't depend on it.
+    if (c.npanels == 0) buildpanels(c);
+    buildtasks(c);
+    c.pivotdone = std::vector<std::atomic<int>>(c.npanels);
+    return 0;
+  });
+}
+
+void buildpanels(cholrec &c) {
+  {
     const int pw = panel_width(c, c.nthreads);
     c.panelwidth = 0;
     c.pfirst.clear();
@@ -106,6 +120,12 @@ int chol_setup(env *e, const barprob &bp, cholrec &c, int nthreads) {
       c.updpos[k] = u.q;
       c.updcnt[k] = u.n;
     }
+  }
+}
+
+void buildtasks(cholrec &c) {
+  {
+    const int np = c.npanels;
     // Work of each panel, accumulated up the tree.
     std::vector<double> work(np, 0.0);
     for (int p = 0; p < np; ++p) {
@@ -115,47 +135,54 @@ int chol_setup(env *e, const barprob &bp, cholrec &c, int nthreads) {
       for (int k = c.pwidth[p]; k < c.plen[p]; ++k) work[c.panelof[pat[k]]] += 2 * w * (len - k);
     }
     double total = 0.0;
-    std::vector<int> firstdesc(np);
-    for (int p = 0; p < np; ++p) firstdesc[p] = p;
     for (int p = 0; p < np; ++p) {
       int q = c.parentpanel[p];
-      if (q >= 0) {
-        work[q] += work[p];
-        firstdesc[q] = std::min(firstdesc[q], firstdesc[p]);
-      } else {
-        total += work[p];
-      }
+      if (q >= 0) work[q] += work[p];
+      else total += work[p];
     }
+    // Tasks: a panel below the threshold goes with the highest ancestor
+    // below it, so a whole subtree forms one task; a panel at or above it is
+    // a task of its own.  Panels of a task are kept ascending.
     c.taskfirst.clear();
     c.taskend.clear();
+    c.tasklist.clear();
     if (total < 5e6 || c.nthreads == 1) {
+      for (int p = 0; p < np; ++p) c.tasklist.push_back(p);
       c.taskfirst.push_back(0);
       c.taskend.push_back(np);
     } else {
       const double th = std::max(5e6, total / c.nthreads * 0.1);
+      std::vector<int> root(np, -1);
+      for (int p = np - 1; p >= 0; --p) {
+        if (work[p] >= th) continue;
+        const int q = c.parentpanel[p];
+        root[p] = (q < 0 || work[q] >= th) ? p : root[q];
+      }
+      std::vector<std::vector<int>> groups(np);
+      for (int p = 0; p < np; ++p)
+        if (root[p] >= 0) groups[root[p]].push_back(p);
       std::vector<int> singles;
       for (int p = 0; p < np; ++p) {
-        const int q = c.parentpanel[p];
-        if (work[p] >= th) {
+        if (root[p] < 0) {
           singles.push_back(p);
-        } else if (q < 0 || work[q] >= th) {
-          if (p > firstdesc[p]) {
-            c.taskfirst.push_back(firstdesc[p]);
-            c.taskend.push_back(p + 1);
-          } else {
+        } else if (root[p] == p) {
+          if (groups[p].size() == 1) {
             singles.push_back(p);
+            continue;
           }
+          c.taskfirst.push_back((int)c.tasklist.size());
+          c.tasklist.insert(c.tasklist.end(), groups[p].begin(), groups[p].end());
+          c.taskend.push_back((int)c.tasklist.size());
         }
       }
       std::sort(singles.begin(), singles.end());
       for (int p : singles) {
-        c.taskfirst.push_back(p);
-        c.taskend.push_back(p + 1);
+        c.taskfirst.push_back((int)c.tasklist.size());
+        c.tasklist.push_back(p);
+        c.taskend.push_back((int)c.tasklist.size());
       }
     }
-    c.pivotdone = std::vector<std::atomic<int>>(np);
-    return 0;
-  });
+  }
 }
 
 void chol_free(cholrec &c) {
