@@ -76,6 +76,24 @@ double refine(const sepgraph &g, std::vector<signed char> &side, uint32_t *seed)
   return score;
 }
 
+// Each fine vertex takes the side of its coarse vertex.
+void project_down(const sepgraph &fine, std::vector<signed char> &side) {
+  std::vector<signed char> out(fine.n);
+  for (int v = 0; v < fine.n; ++v) out[v] = side[fine.cmap[v]];
+  side.swap(out);
+}
+
+// Each coarse vertex takes the side of its members; members that disagree
+// put it in the separator.
+void project_up(const sepgraph &fine, int ncoarse, std::vector<signed char> &side) {
+  std::vector<signed char> out(ncoarse, -1);
+  for (int v = 0; v < fine.n; ++v) {
+    signed char &c = out[fine.cmap[v]];
+    c = c < 0 || c == side[v] ? side[v] : 2;
+  }
+  side.swap(out);
+}
+
 }  // namespace
 
 void separator(const ordgraph &og, uint32_t seed, std::vector<signed char> &side) {
@@ -90,14 +108,48 @@ void separator(const ordgraph &og, uint32_t seed, std::vector<signed char> &side
     if (!coarsen(lv.back(), c, &s)) break;
     lv.push_back(std::move(c));
   }
-  std::vector<signed char> cur(lv.back().n, 2);
-  for (int l = (int)lv.size() - 1; l >= 0; --l) {
-    if (l < (int)lv.size() - 1) {
-      std::vector<signed char> fine(lv[l].n);
-      for (int v = 0; v < lv[l].n; ++v) fine[v] = cur[lv[l].cmap[v]];
-      cur.swap(fine);
+  // The coarsest graph is small: several starts with every vertex in the
+  // separator, refined from random offsets, and the best kept.
+  const int last = (int)lv.size() - 1;
+  std::vector<signed char> cur;
+  double score = 1e300;
+  for (int t = 0; t < 10; ++t) {
+    std::vector<signed char> start(lv[last].n, 2);
+    double sc = refine(lv[last], start, &s);
+    if (sc < score) {
+      score = sc;
+      cur.swap(start);
     }
-    refine(lv[l], cur, &s);
+  }
+  for (int l = last - 1; l >= 0; --l) {
+    project_down(lv[l], cur);
+    score = refine(lv[l], cur, &s);
+  }
+  // A costly separator is worth more rounds: up and down the coarser
+  // levels again, keeping the best partition.
+  const int top = std::min(5, (int)lv.size() - 1);
+  auto estimate = [&](const std::vector<signed char> &sd) {
+    double ws = 0;
+    for (int v = 0; v < og.n; ++v) ws += sd[v] == 2;
+    return ws * ws * ws * (double)og.adjlist.size() / std::max<double>(1.0, (double)og.edges()) * 0.002;
+  };
+  if (top > 0) {
+    int rounds = std::min(10, (int)estimate(cur));
+    for (int k = 0; k < rounds; ++k) {
+      std::vector<signed char> trial = cur;
+      for (int l = 0; l < top; ++l) project_up(lv[l], lv[l + 1].n, trial);
+      double sc = 0;
+      for (int l = top; l >= 0; --l) {
+        if (l < top) project_down(lv[l], trial);
+        sc = refine(lv[l], trial, &s);
+      }
+      if (sc < score) {
+        score = sc;
+        cur.swap(trial);
+        k = -1;
+        rounds = std::min(10, (int)estimate(cur));
+      }
+    }
   }
   side.swap(cur);
 }
