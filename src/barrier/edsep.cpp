@@ -12,6 +12,9 @@ namespace velto {
 namespace {
 
 constexpr int kMaxLevels = 50;
+// Extra rounds over the coarse levels, in all: each costs a refinement of
+// every level, and past the first few they seldom pay.
+constexpr int kMaxRounds = 3;
 
 // Coarsens g by a matching; false when it doesn't shrink enough.
 bool coarsen(sepgraph &g, sepgraph &c, uint32_t *seed) {
@@ -135,7 +138,9 @@ void separator(const ordgraph &og, uint32_t seed, std::vector<signed char> &side
   };
   if (top > 0) {
     int rounds = std::min(10, (int)estimate(cur));
-    for (int k = 0; k < rounds; ++k) {
+    // A better round renews the count, up to kMaxRounds in all.
+    int total = 0;
+    for (int k = 0; k < rounds && total < kMaxRounds; ++k, ++total) {
       std::vector<signed char> trial = cur;
       for (int l = 0; l < top; ++l) project_up(lv[l], lv[l + 1].n, trial);
       double sc = 0;

@@ -56,6 +56,14 @@ struct mover {
       heap[s].push({gain[s][v], {version[v], v}});
     }
   }
+  void bump(int v, int s, int delta) {
+    if (locked[v] || gain[s][v] == kLocked) return;
+    version[v]++;
+    gain[s][v] += delta;
+    gain[1 - s][v] += 0;
+    heap[s].push({gain[s][v], {version[v], v}});
+    heap[1 - s].push({gain[1 - s][v], {version[v], v}});
+  }
   int top(int s) {
     while (!heap[s].empty()) {
       auto [gn, vv] = heap[s].top();
@@ -96,7 +104,7 @@ double fmpass(const sepgraph &g, std::vector<signed char> &side, uint32_t *seed)
   std::vector<std::pair<int, int>> log;
   size_t bestpos = 0;
   int sincebest = 0;
-  std::vector<int> touched;
+  std::vector<int> pulled;
   for (;;) {
     int c0 = m.top(0), c1 = m.top(1);
     if (c0 < 0 && c1 < 0) break;
@@ -111,21 +119,29 @@ double fmpass(const sepgraph &g, std::vector<signed char> &side, uint32_t *seed)
     side[v] = (signed char)s;
     m.w[2] -= g.weights[v];
     m.w[s] += g.weights[v];
-    touched.clear();
+    // Gains change by the weights that moved: separator neighbours of v
+    // would now pull v when moving to the other side; those of a pulled
+    // vertex no longer would pull it.
+    pulled.clear();
     for (int a = g.adjbeg[v]; a < g.adjbeg[v + 1]; ++a) {
       int u = g.adjlist[a];
-      if (side[u] == 1 - s) {
+      if (side[u] == 2) {
+        m.bump(u, 1 - s, -g.weights[v]);
+      } else if (side[u] == 1 - s) {
         log.push_back({u, 1 - s});
         side[u] = 2;
         m.w[1 - s] -= g.weights[u];
         m.w[2] += g.weights[u];
-        for (int b = g.adjbeg[u]; b < g.adjbeg[u + 1]; ++b) touched.push_back(g.adjlist[b]);
+        pulled.push_back(u);
       }
-      touched.push_back(u);
     }
     m.setgains(v);
-    for (int x : touched)
-      if (side[x] == 2) m.setgains(x);
+    for (int u : pulled)
+      for (int b = g.adjbeg[u]; b < g.adjbeg[u + 1]; ++b) {
+        int x = g.adjlist[b];
+        if (side[x] == 2) m.bump(x, s, g.weights[u]);
+      }
+    for (int u : pulled) m.setgains(u);
     ++sincebest;
     if (sc < best) {
       best = sc;

@@ -130,7 +130,9 @@ TEST(Order, EstimatedCountsMatchPlainEliminationOnRandomGraphs) {
     // Labels are kept: a lower label never comes after a higher one.
     for (int a = 0; a < n; ++a)
       for (int b = 0; b < n; ++b)
-        if (label[a] < label[b]) EXPECT_LT(perm[a], perm[b]);
+        if (label[a] < label[b]) {
+          EXPECT_LT(perm[a], perm[b]);
+        }
   }
 }
 
