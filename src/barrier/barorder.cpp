@@ -2,7 +2,6 @@
 // order, and the automatic trials of nested dissection on the thread team.
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -21,11 +20,6 @@ namespace {
 // where dissection saves 40 percent of the factor) is left with minimum
 // degree; at 300 it is not, and the trials stay cheap beside the factor.
 constexpr double kTryDissection = 300.0;
-
-double seconds() {
-  using namespace std::chrono;
-  return duration<double>(steady_clock::now().time_since_epoch()).count();
-}
 
 // Shared state of the trials.
 struct trials {
@@ -146,7 +140,7 @@ int order_once(env *e, const ordgraph &g, int method, bool report, uint32_t seed
 
 int bar_order(env *e, const barprob &bp, int barorder, std::vector<int> &perm, ordresult &out) {
   return guarded([&]() -> int {
-    const double t0 = seconds();
+    const double t0 = barclock();
     const barparblock *bpar = e->barparams;
     ordgraph g;
     build_normal_graph(bp, g);
@@ -193,7 +187,7 @@ int bar_order(env *e, const barprob &bp, int barorder, std::vector<int> &perm, o
     if (bpar->bardisplay > 0) {
       static const char *kind[] = {"automatic", "approximate-min-degree", "approximate-min-fill",
                                    "nested dissection"};
-      msg(e->reschannel, "Total time for %s ordering = %.2f sec.\n", kind[barorder], seconds() - t0);
+      msg(e->reschannel, "Total time for %s ordering = %.2f sec.\n", kind[barorder], barclock() - t0);
     }
     out = best;
     return 0;

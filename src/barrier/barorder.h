@@ -3,12 +3,19 @@
 // separators, and the automatic choice between them.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <vector>
 
 #include "env/env.h"
 
 namespace velto {
+
+// Wall-clock seconds for the timing lines of ordering and factor.
+inline double barclock() {
+  using namespace std::chrono;
+  return duration<double>(steady_clock::now().time_since_epoch()).count();
+}
 
 // A symmetric graph without diagonal, adjacency by vertex (each edge in both
 // lists): the neighbours of v are adjlist[adjbeg[v] .. adjbeg[v+1]).

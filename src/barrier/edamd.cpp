@@ -7,16 +7,10 @@
 #include <vector>
 
 #include "barrier/barorder.h"
-#include <chrono>
 
 namespace velto {
 
 namespace {
-
-double seconds() {
-  using namespace std::chrono;
-  return duration<double>(steady_clock::now().time_since_epoch()).count();
-}
 
 enum : signed char { kVar = 0, kElem = 1, kGone = 2, kAbsorbed = 3, kSetAside = 4 };
 
@@ -343,7 +337,7 @@ ordresult mindegree(const ordgraph &g, int mode, const std::vector<int> &labelin
   std::vector<std::vector<int>> bylabel(maxlabel + 1);
   for (int v = 0; v < n; ++v)
     if (q.state[v] == kVar) bylabel[q.label[v]].push_back(v);
-  double t0 = ch != nullptr ? seconds() : 0.0, tlast = t0;
+  double t0 = ch != nullptr ? barclock() : 0.0, tlast = t0;
   int lastcount = 0;
   for (int lab = 0; lab <= maxlabel; ++lab) {
     q.mindeg = 0;
@@ -353,7 +347,7 @@ ordresult mindegree(const ordgraph &g, int mode, const std::vector<int> &labelin
       int p = q.pick();
       q.eliminate(p);
       if (ch != nullptr && q.numbered - lastcount >= 1001) {
-        double t = seconds();
+        double t = barclock();
         if (t - tlast >= 15.0) {
           msg(ch, "Elapsed ordering time = %7.2f sec.\n", t - t0);
           tlast = t;

@@ -1,7 +1,6 @@
 // Numeric factor of the bordered normal matrix: weights, diagonal and drop
 // limit, then the tasks of panels on the workers.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <thread>
 #include <vector>
@@ -14,11 +13,6 @@
 namespace velto {
 
 namespace {
-
-double seconds() {
-  using namespace std::chrono;
-  return duration<double>(steady_clock::now().time_since_epoch()).count();
-}
 
 struct shared {
   env *e;
@@ -114,7 +108,7 @@ void workerrun(void *arg) {
 
 int chol_factor(env *e, const barprob &bp, cholrec &c, const std::vector<double> &d) {
   return guarded([&]() -> int {
-    const double t0 = seconds();
+    const double t0 = barclock();
     const int n = c.n, m = c.m;
     // Scale of the weights.
     double dmax = 0.0;
@@ -171,7 +165,7 @@ int chol_factor(env *e, const barprob &bp, cholrec &c, const std::vector<double>
       pmin = std::min(pmin, x.pc.pmin);
     }
     c.condest = pmin < 1e300 && pmin > 0 ? pmax / pmin : 0.0;
-    double t = seconds() - t0;
+    double t = barclock() - t0;
     c.lastfactortime = t;
     if (T > 1 || e->barparams->bardisplay > 1) {
       const double tt = t > 0 ? t : 0.01;
