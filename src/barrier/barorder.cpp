@@ -66,18 +66,15 @@ void trialloop(void *a) {
       });
     }
     if (!stop) {
-      // A test before and after entering the lock.
-      if (err == 0 && r.opcount < t.best) {
-        envlock(t.e);
-        if (r.opcount < t.best) {
-          t.best = r.opcount;
-          t.bestfactor = r.nfactor;
-          t.perm = perm;
-          t.improved = 1;
-        }
-        envunlock(t.e);
-      }
+      // The shared best is read and written under the lock only: a test
+      // before entering it would race with the other member's store.
       envlock(t.e);
+      if (err == 0 && r.opcount < t.best) {
+        t.best = r.opcount;
+        t.bestfactor = r.nfactor;
+        t.perm = perm;
+        t.improved = 1;
+      }
       if (err) {
         t.error = err;
         t.stop = true;

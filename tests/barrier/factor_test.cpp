@@ -81,6 +81,8 @@ TEST(CholFactor, TwoWorkersGiveTheBitsOfOne) {
     barprob bp;
     if (!btest::loadnetlib(name, bp)) GTEST_SKIP() << "netlib/" << name << " not found";
     vtest::Env env;
+    // Two threads for the ordering trials too.
+    ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_BARTHREADS, 2), 0);
     std::vector<double> d = btest::randomweights(bp, 3);
     cholrec c;
     solved s1, s2;
