@@ -14,7 +14,7 @@ namespace {
 constexpr int kMaxLevels = 50;
 // Extra rounds over the coarse levels, in all: each costs a refinement of
 // every level, and past the first few they seldom pay.
-constexpr int kMaxRounds = 3;
+constexpr int kMaxRounds = 1;
 
 // Coarsens g by a matching; false when it doesn't shrink enough.
 bool coarsen(sepgraph &g, sepgraph &c, uint32_t *seed) {
