@@ -71,6 +71,60 @@ VLTAPI void VLTEgeneric_lock(volatile int *word);
 VLTAPI void VLTEgeneric_unlock(volatile int *word);
 
 /* ------------------------------------------------------------------------
+ * Clones and progress callbacks
+ * ------------------------------------------------------------------------ */
+/* A progress callback: a non-zero result asks the optimizer to stop.  The
+ * data is the problem in use (the network problem for the network
+ * optimizer); wherefrom tells the optimizer. */
+typedef int (*VLTCALLBACKFUNC)(VLTCENVptr env, void *cbdata, int wherefrom,
+                               void *cbhandle);
+
+#define VLT_CALLBACK_PRIMAL 1
+#define VLT_CALLBACK_DUAL 2
+#define VLT_CALLBACK_NETWORK 3
+#define VLT_CALLBACK_PRIMAL_CROSSOVER 4
+#define VLT_CALLBACK_DUAL_CROSSOVER 5
+#define VLT_CALLBACK_BARRIER 6
+#define VLT_CALLBACK_PRESOLVE 7
+#define VLT_CALLBACK_QPBARRIER 8
+#define VLT_CALLBACK_QPSIMPLEX 9
+
+#define VLT_CALLBACK_INFO_PRIMAL_OBJ 1
+#define VLT_CALLBACK_INFO_DUAL_OBJ 2
+#define VLT_CALLBACK_INFO_PRIMAL_INFMEAS 3
+#define VLT_CALLBACK_INFO_DUAL_INFMEAS 4
+#define VLT_CALLBACK_INFO_PRIMAL_FEAS 5
+#define VLT_CALLBACK_INFO_DUAL_FEAS 6
+#define VLT_CALLBACK_INFO_ITCOUNT 7
+#define VLT_CALLBACK_INFO_CROSSOVER_PPUSH 8
+#define VLT_CALLBACK_INFO_CROSSOVER_PEXCH 9
+#define VLT_CALLBACK_INFO_CROSSOVER_DPUSH 10
+#define VLT_CALLBACK_INFO_CROSSOVER_DEXCH 11
+#define VLT_CALLBACK_INFO_CROSSOVER_SBCNT 12
+#define VLT_CALLBACK_INFO_PRESOLVE_ROWSGONE 13
+#define VLT_CALLBACK_INFO_PRESOLVE_COLSGONE 14
+#define VLT_CALLBACK_INFO_PRESOLVE_AGGSUBST 15
+#define VLT_CALLBACK_INFO_PRESOLVE_COEFFS 16
+#define VLT_CALLBACK_INFO_USER_PROBLEM 17
+
+VLTAPI VLTENVptr VLTparenv(VLTENVptr env, int *status_p);
+VLTAPI int VLTfreeparenv(VLTENVptr env, VLTENVptr *child_p);
+VLTAPI int VLTsetlpcallbackfunc(VLTENVptr env, VLTCALLBACKFUNC callback,
+                                void *cbhandle);
+VLTAPI int VLTgetlpcallbackfunc(VLTCENVptr env, VLTCALLBACKFUNC *callback_p,
+                                void **cbhandle_p);
+VLTAPI int VLTsetmipcallbackfunc(VLTENVptr env, VLTCALLBACKFUNC callback,
+                                 void *cbhandle);
+VLTAPI int VLTgetmipcallbackfunc(VLTCENVptr env, VLTCALLBACKFUNC *callback_p,
+                                 void **cbhandle_p);
+VLTAPI int VLTsetnetcallbackfunc(VLTENVptr env, VLTCALLBACKFUNC callback,
+                                 void *cbhandle);
+VLTAPI int VLTgetnetcallbackfunc(VLTCENVptr env, VLTCALLBACKFUNC *callback_p,
+                                 void **cbhandle_p);
+VLTAPI int VLTgetcallbackinfo(VLTCENVptr env, void *cbdata, int wherefrom,
+                              int whichinfo, void *result_p);
+
+/* ------------------------------------------------------------------------
  * Message channels
  * ------------------------------------------------------------------------ */
 VLTAPI VLTCHANNELptr VLTaddchannel(VLTENVptr env);

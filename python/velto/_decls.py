@@ -14,6 +14,7 @@ HANDLES = (
 # name: (return type, (argument types...))
 CALLBACKS = {
     'VLTMSGFUNC': ('void', ('void*', 'const char*')),
+    'VLTCALLBACKFUNC': ('int', ('VLTCENVptr', 'void*', 'int', 'void*')),
     'VLTNAMEFUNC': ('const char*', ('void*', 'int')),
 }
 
@@ -75,6 +76,51 @@ FUNCTIONS = (
     )),
     ('VLTEgeneric_unlock', 'void', (
         ('int*', 'word'),
+    )),
+    ('VLTparenv', 'VLTENVptr', (
+        ('VLTENVptr', 'env'),
+        ('int*', 'status_p'),
+    )),
+    ('VLTfreeparenv', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTENVptr*', 'child_p'),
+    )),
+    ('VLTsetlpcallbackfunc', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTCALLBACKFUNC', 'callback'),
+        ('void*', 'cbhandle'),
+    )),
+    ('VLTgetlpcallbackfunc', 'int', (
+        ('VLTCENVptr', 'env'),
+        ('VLTCALLBACKFUNC*', 'callback_p'),
+        ('void**', 'cbhandle_p'),
+    )),
+    ('VLTsetmipcallbackfunc', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTCALLBACKFUNC', 'callback'),
+        ('void*', 'cbhandle'),
+    )),
+    ('VLTgetmipcallbackfunc', 'int', (
+        ('VLTCENVptr', 'env'),
+        ('VLTCALLBACKFUNC*', 'callback_p'),
+        ('void**', 'cbhandle_p'),
+    )),
+    ('VLTsetnetcallbackfunc', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTCALLBACKFUNC', 'callback'),
+        ('void*', 'cbhandle'),
+    )),
+    ('VLTgetnetcallbackfunc', 'int', (
+        ('VLTCENVptr', 'env'),
+        ('VLTCALLBACKFUNC*', 'callback_p'),
+        ('void**', 'cbhandle_p'),
+    )),
+    ('VLTgetcallbackinfo', 'int', (
+        ('VLTCENVptr', 'env'),
+        ('void*', 'cbdata'),
+        ('int', 'wherefrom'),
+        ('int', 'whichinfo'),
+        ('void*', 'result_p'),
     )),
     ('VLTaddchannel', 'VLTCHANNELptr', (
         ('VLTENVptr', 'env'),
@@ -1232,6 +1278,32 @@ CONSTANTS = {
     'VLT_BASIC': 1,
     'VLT_AT_UPPER': 2,
     'VLT_FREE_SUPER': 3,
+    'VLT_CALLBACK_PRIMAL': 1,
+    'VLT_CALLBACK_DUAL': 2,
+    'VLT_CALLBACK_NETWORK': 3,
+    'VLT_CALLBACK_PRIMAL_CROSSOVER': 4,
+    'VLT_CALLBACK_DUAL_CROSSOVER': 5,
+    'VLT_CALLBACK_BARRIER': 6,
+    'VLT_CALLBACK_PRESOLVE': 7,
+    'VLT_CALLBACK_QPBARRIER': 8,
+    'VLT_CALLBACK_QPSIMPLEX': 9,
+    'VLT_CALLBACK_INFO_PRIMAL_OBJ': 1,
+    'VLT_CALLBACK_INFO_DUAL_OBJ': 2,
+    'VLT_CALLBACK_INFO_PRIMAL_INFMEAS': 3,
+    'VLT_CALLBACK_INFO_DUAL_INFMEAS': 4,
+    'VLT_CALLBACK_INFO_PRIMAL_FEAS': 5,
+    'VLT_CALLBACK_INFO_DUAL_FEAS': 6,
+    'VLT_CALLBACK_INFO_ITCOUNT': 7,
+    'VLT_CALLBACK_INFO_CROSSOVER_PPUSH': 8,
+    'VLT_CALLBACK_INFO_CROSSOVER_PEXCH': 9,
+    'VLT_CALLBACK_INFO_CROSSOVER_DPUSH': 10,
+    'VLT_CALLBACK_INFO_CROSSOVER_DEXCH': 11,
+    'VLT_CALLBACK_INFO_CROSSOVER_SBCNT': 12,
+    'VLT_CALLBACK_INFO_PRESOLVE_ROWSGONE': 13,
+    'VLT_CALLBACK_INFO_PRESOLVE_COLSGONE': 14,
+    'VLT_CALLBACK_INFO_PRESOLVE_AGGSUBST': 15,
+    'VLT_CALLBACK_INFO_PRESOLVE_COEFFS': 16,
+    'VLT_CALLBACK_INFO_USER_PROBLEM': 17,
     'VLT_STR_PARAM_MAX': 516,
     'VLT_PARAM_ADVIND': 1001,
     'VLT_PARAM_AGGFILL': 1002,

@@ -148,6 +148,7 @@ POINTERS = {
     "const void*": ctypes.c_void_p,
     "FILE*": ctypes.c_void_p,
     "FILE**": ctypes.POINTER(ctypes.c_void_p),
+    "void**": ctypes.POINTER(ctypes.c_void_p),
 }
 
 # Types of returned values, where they differ from the argument types.
@@ -178,6 +179,8 @@ class TypeTable:
             return ctypes.POINTER(ctypes.c_void_p)
         if ctype in getattr(self, "callbacks", {}):
             return self.callbacks[ctype]
+        if ctype.endswith("*") and ctype[:-1] in getattr(self, "callbacks", {}):
+            return ctypes.POINTER(self.callbacks[ctype[:-1]])  # a getter's out-argument
         if ctype in POINTERS:
             return POINTERS[ctype]
         raise KeyError(ctype)

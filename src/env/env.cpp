@@ -155,10 +155,10 @@ bool rangecheck(env *e, const char *caller, int begin, int end, int lo, int hi) 
 // ---- environment lock ------------------------------------------------------------------------
 
 void envlock(env *e) {
-  if (e->lock != nullptr) e->lock->lock();
+  if (e->lockvalid && e->lock != nullptr) e->lock->lock();
 }
 void envunlock(env *e) {
-  if (e->lock != nullptr) e->lock->unlock();
+  if (e->lockvalid && e->lock != nullptr) e->lock->unlock();
 }
 
 namespace {
@@ -249,7 +249,7 @@ VLTENVptr VLTopenVELTO(int *status_p) {
     }
   }
   if (status == 0) {
-    e->lock = new (std::nothrow) std::mutex;
+    e->lock = new (std::nothrow) std::recursive_mutex;
     if (e->lock == nullptr) status = kNoMemory;
     e->lockvalid = e->lock != nullptr;
   }

@@ -98,9 +98,12 @@ struct velto_env {
   void *colnamefn;
   void *rownamefn;
   void *namehandle;
-  std::mutex *lock;
+  std::recursive_mutex *lock;
   int lockvalid;
   int teamsize;
+  // Progress of the optimizer whose callback is running (callback.h); null
+  // outside a callback.
+  void *cbprog;
 };
 
 namespace velto {

@@ -17,7 +17,7 @@ namespace velto {
 inline constexpr int kStrParamSize = VLT_STR_PARAM_MAX;
 
 // A callback register: the application's function and its handle.
-using cbfunc = int (*)(velto_env *env, void *cbdata, int wherefrom, void *handle);
+using cbfunc = VLTCALLBACKFUNC;
 
 #define VLTPAR_DECL_INT(field) int field;
 #define VLTPAR_DECL_DBL(field) double field;

@@ -1,4 +1,4 @@
-// Thread counts: how many workers a run may use.
+// Thread counts, the thread team and environment clones.
 #pragma once
 
 #include "env/env.h"
@@ -23,5 +23,17 @@ int threadcount(const env *e, int kind);
 
 // The smaller of n and the processors the platform reports, at least 1.
 int cpucap(int n);
+
+// Runs func(args[i]) for i in [0, n): member 0 on the calling thread, the
+// others on threads of their own; returns when all are done.  A member whose
+// thread can't be started loses its work; e->teamsize tells the members that
+// ran.  A team of one (or less) is a direct call.
+void teamrun(env *e, void (*func)(void *), int n, void **args);
+inline int teamsize(const env *e) { return e->teamsize; }
+
+// Clears lockvalid and teamsize, then marks the lock valid; a valid of 0
+// makes the result 1020.  lockdone clears the mark.
+int lockinit(env *e, int valid);
+void lockdone(env *e);
 
 }  // namespace velto

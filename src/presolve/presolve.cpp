@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "env/callback.h"
 #include "env/files.h"
 #include "env/par.h"
 #include "model/store.h"
@@ -14,10 +15,16 @@ namespace velto {
 
 namespace {
 
-int poll(env *e) {
-  const parblock *pb = e->params;
-  if (pb->abortword && *pb->abortword) return 1106;
-  return 0;
+// The abort word and the progress callback; 1106 asks to stop.
+int poll(env *e, const prerec *r, lp *p) {
+  cbprogress pr;
+  pr.wherefrom = 7;
+  pr.have = 1u << 13 | 1u << 14 | 1u << 15 | 1u << 16;
+  pr.counts[0] = r->rowsgone;
+  pr.counts[1] = r->colsgone;
+  pr.counts[2] = r->subst;
+  pr.counts[3] = r->coefchanged;
+  return lpcallback(e, p, pr) ? 1106 : 0;
 }
 
 char *dupname(const char *s, char *&store) {
@@ -160,7 +167,7 @@ int run_passes(env *e, prerec *r, lp *p) {
       int k = 0;
       bool dualchanged = false;
       for (;;) {
-        STEP(poll(e));
+        STEP(poll(e, r, p));
         const int r1 = r->rowsgone, c1 = r->colsgone;
         if (dual) STEP(pre_duplicate_columns(e, r, p));
         if (primal) STEP(pre_duplicate_rows(e, r, p));
@@ -171,7 +178,7 @@ int run_passes(env *e, prerec *r, lp *p) {
         } else {
           int sweeps = 0;
           while (sweeps < 10) {
-            STEP(poll(e));
+            STEP(poll(e, r, p));
             const int before = r->rowsgone + r->colsgone;
             activity_all(r);
             if (primal && dual) STEP(pre_slack_columns(e, r, p));
@@ -201,7 +208,7 @@ int run_passes(env *e, prerec *r, lp *p) {
         if (pass >= passlimit || (!dualchanged && !many)) break;
       }
     }
-    STEP(poll(e));
+    STEP(poll(e, r, p));
     if (primal && tries < agglimit) {
       if (tries > 0 && r->rowsgone == rows0 && r->colsgone == cols0) break;
       const int s0 = r->subst;
@@ -222,7 +229,7 @@ int run_passes(env *e, prerec *r, lp *p) {
   }
   // Rows the last pass left empty.
   if (primal) STEP(pre_empty_rows(e, r, p));
-  STEP(poll(e));
+  STEP(poll(e, r, p));
 #undef STEP
   return 0;
 }

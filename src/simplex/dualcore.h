@@ -18,6 +18,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "env/callback.h"
+
 namespace velto {
 
 }  // namespace velto
@@ -141,6 +143,9 @@ struct dualopts {
   double tilim = 1e75;       // seconds
   double objulim = 1e75;     // stop when the dual objective passes this (minimization sign)
   volatile int *abortword = nullptr;
+  // The progress callback, called once per iteration; non-zero stops.
+  int (*progress)(void *ctx, cbprogress &pr) = nullptr;
+  void *progctx = nullptr;
   int display = 0;
   // Log lines go through this function when display is on.
   void (*log)(void *ctx, const char *line) = nullptr;

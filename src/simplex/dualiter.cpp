@@ -326,6 +326,16 @@ int dual_solve(dualengine &e) {
   int rounds = 0, cleanups = 0;
   for (;;) {
     if (e.itcnt >= e.opt.itlim) return e.result = kDualItLim;
+    if (e.opt.progress) {
+      cbprogress pr;
+      pr.wherefrom = 2;
+      pr.have = 1u << 2 | 1u << 6 | 1u << 7;
+      pr.itcnt = e.itcnt;
+      pr.dfeas = e.phase == 2;
+      pr.objctx = &e;
+      pr.objfn = [](const void *c) { return dual_objective(*static_cast<const dualengine *>(c)); };
+      if (e.opt.progress(e.opt.progctx, pr)) return e.result = kDualAbort;
+    }
     if (e.itcnt % 25 == 0) {
       if (e.itcnt > 0 && e.opt.abortword && *e.opt.abortword) return e.result = kDualAbort;
       // Read before the first iteration too: a run started with no time

@@ -389,6 +389,11 @@ int dual_optimize(env *e, lp *p) {
   o.abortword = pb->abortword;
   o.display = pb->simdisplay;
   logctx lc{e, p, &rowslack};
+  o.progress = [](void *ctx, cbprogress &pr) {
+    logctx *l = static_cast<logctx *>(ctx);
+    return lpcallback(l->e, const_cast<lp *>(l->p), pr);
+  };
+  o.progctx = &lc;
   o.log = [](void *ctx, const char *line) {
     msg(static_cast<logctx *>(ctx)->e->reschannel, "%s", line);
   };

@@ -125,6 +125,21 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     if (res.err) break;
     if (e.itcnt >= itlim) { res.lpstat = kPItLim; break; }
     if (hk.stop && hk.stop(hk.ctx)) { res.lpstat = kPAbort; break; }
+    if (hk.progress) {
+      cbprogress pr;
+      pr.wherefrom = 1;
+      pr.have = 1u << 1 | 1u << 3 | 1u << 5 | 1u << 7;
+      pr.itcnt = e.itcnt;
+      pr.pfeas = e.phase == 2;
+      pr.pinf = e.phase == 1 ? e.suminf : 0.0;
+      pr.objctx = &e;
+      pr.objfn = [](const void *c) {
+        pengine *en = const_cast<pengine *>(static_cast<const pengine *>(c));
+        en->compute_objval();
+        return en->objval;
+      };
+      if (hk.progress(hk.ctx, pr)) { res.lpstat = kPAbort; break; }
+    }
     // The clock is read before the first iteration too: a run started with
     // no time left (the clean-up of a call whose limit has passed) stops at once.
     if (e.itcnt % 25 == 0 && hk.clock && opt.tilim < 1e75) {

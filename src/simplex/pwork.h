@@ -10,6 +10,8 @@
 #include <limits>
 #include <vector>
 
+#include "env/callback.h"
+
 struct velto_env;
 
 namespace velto {
@@ -101,6 +103,8 @@ struct phooks {
   void (*logline)(void *ctx, const char *text) = nullptr;
   // Non-zero asks the run to stop (abort word, callback).
   int (*stop)(void *ctx) = nullptr;
+  // The progress callback, called once per iteration; non-zero stops.
+  int (*progress)(void *ctx, cbprogress &pr) = nullptr;
   double (*clock)(void *ctx) = nullptr;
   // Name of variable j (structural or logical) for the detailed log.
   void (*varname)(void *ctx, int j, char *buf, int len) = nullptr;

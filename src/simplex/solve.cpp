@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "env/callback.h"
 #include "env/files.h"
 #include "env/par.h"
 #include "model/lp.h"
@@ -28,6 +29,11 @@ void hook_log(void *ctx, const char *text) {
 int hook_stop(void *ctx) {
   env *e = static_cast<hookctx *>(ctx)->e;
   return e->params->abortword && *e->params->abortword != 0;
+}
+
+int hook_progress(void *ctx, cbprogress &pr) {
+  hookctx *h = static_cast<hookctx *>(ctx);
+  return lpcallback(h->e, h->p, pr);
 }
 
 double hook_clock(void *ctx) { return now(static_cast<hookctx *>(ctx)->e); }
@@ -229,6 +235,7 @@ int primal_optimize(env *e, lp *p) {
   hk.e = e;
   hk.logline = hook_log;
   hk.stop = hook_stop;
+  hk.progress = hook_progress;
   hk.clock = hook_clock;
   hk.varname = hook_name;
   hk.logkind = hook_logkind;

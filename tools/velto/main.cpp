@@ -13,6 +13,7 @@
 
 #include "cbcmode.h"
 #include "driverutil.h"
+#include "interrupt.h"
 #include "velto.h"
 
 #ifndef VELTO_EXAMPLE_MODEL
@@ -247,6 +248,7 @@ int main(int argc, char **argv) {
   } else if (!o.write.empty() && (status = VLTwriteprob(env, lp, o.write.c_str(), nullptr)) != 0) {
     std::fprintf(stderr, "velto: cannot write '%s': %s\n", o.write.c_str(), errorline(env, status).c_str());
   } else {
+    interrupt_install(env);
     if (o.method == "primal")
       status = VLTprimopt(env, lp);
     else if (o.method == "dual")
