@@ -362,6 +362,19 @@ VLTAPI int VLTEcacheNewRows(VLTENVptr env, VLTLPptr lp, int count, const double 
 VLTAPI int VLTEcacheNewNZsByNZ(VLTENVptr env, VLTLPptr lp, int count, const int *rows,
                                const int *cols, const double *values);
 
+/* Deletions, coefficient and range changes, tightened bounds */
+VLTAPI int VLTdelrows(VLTENVptr env, VLTLPptr lp, int begin, int end);
+VLTAPI int VLTdelcols(VLTENVptr env, VLTLPptr lp, int begin, int end);
+VLTAPI int VLTdelsetrows(VLTENVptr env, VLTLPptr lp, int *delstat);
+VLTAPI int VLTdelsetcols(VLTENVptr env, VLTLPptr lp, int *delstat);
+VLTAPI int VLTchgcoef(VLTENVptr env, VLTLPptr lp, int i, int j, double newvalue);
+VLTAPI int VLTchgcoeflist(VLTENVptr env, VLTLPptr lp, int numcoefs, const int *rowlist,
+                          const int *collist, const double *vallist);
+VLTAPI int VLTchgrngval(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                        const double *values);
+VLTAPI int VLTtightenbds(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                         const char *lu, const double *bd);
+
 /* Solution */
 VLTAPI int VLTsolution(VLTENVptr env, VLTLPptr lp, int *lpstat_p, double *objval_p,
                        double *x, double *pi, double *slack, double *dj);
