@@ -98,6 +98,9 @@ int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const dou
 // entry per row (column): 1 deletes; it comes back as the map to the new
 // indices, -1 for deleted entries.
 int delrowset(env *e, lp *p, int *flags, int event);
+// Puts the basis of the solution record, if it has one, into the start
+// record (the user's statuses), so that it outlives the record.
+int carrybasis(lp *p);
 int delcolset(env *e, lp *p, int *flags, int event);
 int chgrngval(env *e, lp *p, int cnt, const int *indices, const double *values, int event);
 

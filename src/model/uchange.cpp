@@ -165,6 +165,9 @@ void dropstate(env *e, lp *p, int event) {
     VLTfreeprob(e, &v);
   }
   if (a & aStat) p->lpstat = 0;
+  // Rows or columns come or go: the basis of the rest outlives the solution
+  // record as the next start.
+  if ((event >= 17 && event <= 20) || (event >= 29 && event <= 32)) carrybasis(p);
   if (a & aMip) releaselayer(e, p, kLayerMip);
   if (a & aPre) {
     if (g_layerops[kLayerPresolve].mark) marklayer(e, p, kLayerPresolve, event);

@@ -29,9 +29,8 @@ int makemap(int *flags, int n) {
   return kept;
 }
 
-// Puts the solution's basis into the start record, so that it outlives the
-// solution record that the deletion drops.  Norms of a start belong to the
-// old dimensions and go.
+}  // namespace
+
 int carrybasis(lp *p) {
   lpcore *c = p->core;
   if (!soln_hasbasis(p)) return 0;
@@ -46,6 +45,8 @@ int carrybasis(lp *p) {
   soln_userbasis(p, s->colstat, s->rowstat);
   return 0;
 }
+
+namespace {
 
 void dropstartnorms(lp *p) {
   start *s = p->start;
@@ -143,8 +144,6 @@ int delrowset(env *e, lp *p, int *flags, int event) {
   const int m = c->numrows;
   const int kept = makemap(flags, m);
   if (kept == m) return 0;
-  int status = carrybasis(p);
-  if (status) return status;
   dropstate(e, p, event);
   dropstartnorms(p);
   int first = 0;
@@ -158,8 +157,6 @@ int delcolset(env *e, lp *p, int *flags, int event) {
   const int n = c->numcols;
   const int kept = makemap(flags, n);
   if (kept == n) return 0;
-  int status = carrybasis(p);
-  if (status) return status;
   dropstate(e, p, event);
   dropstartnorms(p);
   dropcols(p, flags, kept);
