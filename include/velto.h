@@ -403,6 +403,18 @@ VLTAPI int VLTcopybase(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *
 VLTAPI int VLTcopystart(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat,
                         const double *cprim, const double *rprim, const double *cdual,
                         const double *rdual);
+/* norms: a head entry names column j as j and row i as -i-1 */
+VLTAPI int VLTgetdnorms(VLTENVptr env, VLTLPptr lp, double *norm, int *head, int *len_p);
+VLTAPI int VLTcopydnorms(VLTENVptr env, VLTLPptr lp, const double *norm, const int *head,
+                         int len);
+VLTAPI int VLTgetbasednorms(VLTENVptr env, VLTLPptr lp, int *cstat, int *rstat, double *dnorm);
+VLTAPI int VLTcopybasednorms(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat,
+                             const double *dnorm);
+VLTAPI int VLTgetpnorms(VLTENVptr env, VLTLPptr lp, double *cnorm, double *rnorm, int *len_p);
+VLTAPI int VLTcopypnorms(VLTENVptr env, VLTLPptr lp, const double *cnorm, const double *rnorm,
+                         int len);
+VLTAPI int VLTkilldnorms(VLTLPptr lp);
+VLTAPI int VLTkillpnorms(VLTLPptr lp);
 
 /* ------------------------------------------------------------------------
  * Model files

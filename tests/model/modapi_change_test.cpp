@@ -399,7 +399,7 @@ TEST_F(StoreTest, RandomChangeSequencesAgreeWithAFreshLoad) {
   ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_PREIND, 0), 0);
   VLTLPptr fresh = VLTcreateprob(env, nullptr, "fresh");
   ASSERT_NE(fresh, nullptr);
-  Differ d{env, lp, {}, std::mt19937(1234)};
+  Differ d{env, lp, {}, std::mt19937(1234), {}};
   int optimal = 0;
   for (int seq = 0; seq < 3000; ++seq) {
     // A feasible bounded start: boxes [0, u] and rows satisfied at x = 0
