@@ -428,6 +428,13 @@ VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* binary model files; the arrays of VLTsavread are released with VLTfree */
+VLTAPI int VLTsavwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
 
 /* ------------------------------------------------------------------------
  * Optimizers
