@@ -428,6 +428,12 @@ VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* basis files */
+VLTAPI int VLTmbasewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTmbaseread(VLTENVptr env, const char *filename, int numcols, int numrows,
+                        char **colname, char **rowname, int *cstat, int *rstat, double *cval,
+                        double *rval);
+VLTAPI int VLTreadcopybase(VLTENVptr env, VLTLPptr lp, const char *filename);
 /* binary model files; the arrays of VLTsavread are released with VLTfree */
 VLTAPI int VLTsavwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
