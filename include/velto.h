@@ -434,6 +434,10 @@ VLTAPI int VLTmbaseread(VLTENVptr env, const char *filename, int numcols, int nu
                         char **colname, char **rowname, int *cstat, int *rstat, double *cval,
                         double *rval);
 VLTAPI int VLTreadcopybase(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* solution reports: text ("TXT") and binary ("BIN") */
+VLTAPI int VLTwritesol(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype);
+VLTAPI int VLTtxtsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTbinsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 /* binary model files; the arrays of VLTsavread are released with VLTfree */
 VLTAPI int VLTsavwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
