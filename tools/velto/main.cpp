@@ -42,7 +42,7 @@ const char *kUsage =
     "                      --param VLT_PARAM_SIMDISPLAY=2\n"
     "  --type T            read MODEL as format T (mps, lp) whatever its name\n"
     "  --solution FILE     write the solution: FILE.txt the text report,\n"
-    "                      FILE.sol its binary form, any other name a\n"
+    "                      FILE.bin its binary form, any other name a\n"
     "                      plain table of x and pi with names\n"
     "  --read-basis FILE   start from the basis in FILE (basis file form)\n"
     "  --write-basis FILE  write the final basis to FILE\n"

@@ -22,9 +22,9 @@ int driver_writebasis(VLTENVptr env, VLTLPptr lp, const std::string &file) {
 }
 
 bool driver_ownsolution(const std::string &file) {
-  return endswith(file, ".txt") || endswith(file, ".sol");
+  return endswith(file, ".txt") || endswith(file, ".bin");
 }
 
 int driver_writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
-  return VLTwritesol(env, lp, file.c_str(), endswith(file, ".sol") ? "BIN" : "TXT");
+  return VLTwritesol(env, lp, file.c_str(), endswith(file, ".bin") ? "BIN" : "TXT");
 }

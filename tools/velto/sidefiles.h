@@ -10,6 +10,6 @@
 int driver_readbasis(VLTENVptr env, VLTLPptr lp, const std::string &file);
 int driver_writebasis(VLTENVptr env, VLTLPptr lp, const std::string &file);
 // True when the name asks for one of the library's solution forms: ".txt"
-// (the text report) or ".sol" (its binary form).
+// (the text report) or ".bin" (its binary form).
 bool driver_ownsolution(const std::string &file);
 int driver_writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file);
