@@ -24,7 +24,9 @@ int savwritefile(env *e, lp *p, const char *name);
 // Reads a binary model file.  Returns 0 or a status (negative after
 // printing its message); nothing is kept on failure.
 int savreadfile(env *e, const char *name, savdata &d);
-int savreadfp(env *e, FILE *fp, const char *name, savdata &d);
+int savreadstream(env *e, FILE *fp, const char *name, savdata &d);
+// The model part alone, in the form of the other readers' stream entries.
+int savreadfp(env *e, FILE *fp, filemodel &m);
 // Loads the arrays of a reader into a problem (the common end of every
 // model reader).
 int loadfilemodel(env *e, lp *p, filemodel &m, const char *filename);

@@ -225,7 +225,7 @@ void readfile(env *e, savin &in, const char *name, savdata &d) {
 
 }  // namespace
 
-int savreadfp(env *e, FILE *fp, const char *name, savdata &d) {
+int savreadstream(env *e, FILE *fp, const char *name, savdata &d) {
   d = savdata();
   savin in(fp, e->params->reverseind == 1);
   try {
@@ -237,11 +237,18 @@ int savreadfp(env *e, FILE *fp, const char *name, savdata &d) {
   return 0;
 }
 
+int savreadfp(env *e, FILE *fp, filemodel &m) {
+  savdata d;
+  const int status = savreadstream(e, fp, "stream", d);
+  m = std::move(d.m);
+  return status;
+}
+
 int savreadfile(env *e, const char *name, savdata &d) {
   int status = 0;
   FILE *fp = fileopenread(e, name, "rb", ".sav", 0, 1, &status);
   if (fp == nullptr) return status;
-  status = savreadfp(e, fp, name, d);
+  status = savreadstream(e, fp, name, d);
   fileclose(name, &fp);
   return status;
 }
