@@ -434,6 +434,9 @@ VLTAPI int VLTmbaseread(VLTENVptr env, const char *filename, int numcols, int nu
                         char **colname, char **rowname, int *cstat, int *rstat, double *cval,
                         double *rval);
 VLTAPI int VLTreadcopybase(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* perturbed copies in the binary model form */
+VLTAPI int VLTpperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double epsilon);
+VLTAPI int VLTdperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double epsilon);
 /* solution reports: text ("TXT") and binary ("BIN") */
 VLTAPI int VLTwritesol(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype);
 VLTAPI int VLTtxtsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);

@@ -215,3 +215,32 @@ TEST_F(FileTest, TruncatedOrDamagedSavFilesGiveTheirStatus) {
   }
   VLTfreeprob(env_, &back);
 }
+
+TEST_F(FileTest, PerturbedWritersLeaveTheModelAndRepeat) {
+  randomload(env_, lp_, 21, true, false);
+  const apimodel before = getmodel(env_, lp_);
+  for (bool primal : {true, false}) {
+    auto write = primal ? VLTpperwrite : VLTdperwrite;
+    ASSERT_EQ(write(env_, lp_, path("p1.sav").c_str(), 1e-3), 0);
+    ASSERT_EQ(write(env_, lp_, path("p2.sav").c_str(), 1e-3), 0);
+    expect_same(before, getmodel(env_, lp_));
+    EXPECT_EQ(slurp(path("p1.sav")), slurp(path("p2.sav")));
+    VLTLPptr back = VLTcreateprob(env_, nullptr, "back");
+    ASSERT_EQ(VLTreadcopyprob(env_, back, path("p1.sav").c_str(), nullptr), 0);
+    const apimodel after = getmodel(env_, back);
+    // Only the perturbed arrays moved, each by at most twice epsilon per column.
+    EXPECT_EQ(after.val, before.val);
+    EXPECT_EQ(after.sense, before.sense);
+    bool moved = false;
+    for (int j = 0; j < before.n; ++j) {
+      const double d = primal ? before.lb[j] - after.lb[j] : after.obj[j] - before.obj[j];
+      EXPECT_LE(std::fabs(d), 2e-3 + 1e-12);
+      moved |= d != 0.0;
+      if (primal) {
+        EXPECT_GE(after.ub[j], before.ub[j]);
+      }
+    }
+    EXPECT_TRUE(moved);
+    VLTfreeprob(env_, &back);
+  }
+}
