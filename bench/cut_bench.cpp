@@ -60,7 +60,7 @@ int main(int argc, char **argv) {
   const double scratch = seconds() - t0;
   const int n = VLTgetnumcols(env, lp);
   std::vector<double> x(n);
-  double edit = 0.0, cycle = 0.0;
+  double edit = 0.0, cycle = 0.0, adds = 0.0, dels = 0.0;
   long iters = 0;
   for (int c = 0; c < cycles; ++c) {
     VLTgetx(env, lp, x.data(), 0, n - 1);
@@ -89,12 +89,14 @@ int main(int argc, char **argv) {
     iters += VLTgetitcnt(env, lp);
     double f = seconds();
     edit += (b - a) + (e - d);
+    adds += b - a;
+    dels += e - d;
     cycle += f - a;
   }
-  std::printf("rows %6d  scratch solve %8.4f s  per cycle: edits %9.6f s  edits+2 re-solves %8.5f s"
-              "  (%.1f iterations)  cycle/scratch %.4f\n",
-              m, scratch, edit / cycles, cycle / cycles, static_cast<double>(iters) / cycles,
-              cycle / cycles / scratch);
+  std::printf("rows %6d  scratch solve %8.4f s  per cycle: edits %9.6f s (add %9.6f, delete %9.6f)"
+              "  edits+2 re-solves %8.5f s  (%.1f iterations)  cycle/scratch %.4f\n",
+              m, scratch, edit / cycles, adds / cycles, dels / cycles, cycle / cycles,
+              static_cast<double>(iters) / cycles, cycle / cycles / scratch);
   VLTfreeprob(env, &lp);
   VLTcloseVELTO(&env);
   return 0;
