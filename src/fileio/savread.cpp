@@ -201,11 +201,13 @@ void readfile(env *e, savin &in, const char *name, savdata &d) {
       in.array(qc, n);
       in.array(qi, entries);
       in.array(m.qval, entries);
-      for (int j = 0; j < n; ++j)
-        for (int k = qb[j]; k >= 0 && k < qb[j] + qc[j] && k < entries; ++k) {
+      for (int j = 0; j < n; ++j) {
+        if (qb[j] < 0 || qc[j] < 0 || static_cast<long long>(qb[j]) + qc[j] > entries) throw bad();
+        for (int k = qb[j]; k < qb[j] + qc[j]; ++k) {
           m.qrow.push_back(qi[k]);
           m.qcol.push_back(j);
         }
+      }
     } else if (entries > 0) {
       in.array(m.qval, entries);
       for (int j = 0; j < entries; ++j) {
