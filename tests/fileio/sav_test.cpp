@@ -244,3 +244,19 @@ TEST_F(FileTest, PerturbedWritersLeaveTheModelAndRepeat) {
     VLTfreeprob(env_, &back);
   }
 }
+
+TEST_F(FileTest, PresolvedModelWritesInTheBinaryForm) {
+  const std::string model = std::string(VELTO_TEST_DATA) + "/../../examples/production.mps";
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, model.c_str(), nullptr), 0);
+  double off = 0;
+  const int s = VLTpreslvwrite(env_, lp_, path("pre.sav").c_str(), &off);
+  ASSERT_TRUE(s == 0 || s == 1103) << err_;  // 1103: presolve reduced it away
+  if (s == 0) {
+    VLTLPptr back = VLTcreateprob(env_, nullptr, "back");
+    EXPECT_EQ(VLTreadcopyprob(env_, back, path("pre.sav").c_str(), nullptr), 0);
+    VLTLPptr red = nullptr;
+    ASSERT_EQ(VLTgetredlp(env_, lp_, &red), 0);
+    if (red != nullptr) expect_same(getmodel(env_, red), getmodel(env_, back));
+    VLTfreeprob(env_, &back);
+  }
+}
