@@ -416,6 +416,19 @@ VLTAPI int VLTEcacheNewRows(VLTENVptr env, VLTLPptr lp, int count, const double 
 VLTAPI int VLTEcacheNewNZsByNZ(VLTENVptr env, VLTLPptr lp, int count, const int *rows,
                                const int *cols, const double *values);
 
+/* Deletions, coefficient and range changes, tightened bounds */
+VLTAPI int VLTdelrows(VLTENVptr env, VLTLPptr lp, int begin, int end);
+VLTAPI int VLTdelcols(VLTENVptr env, VLTLPptr lp, int begin, int end);
+VLTAPI int VLTdelsetrows(VLTENVptr env, VLTLPptr lp, int *delstat);
+VLTAPI int VLTdelsetcols(VLTENVptr env, VLTLPptr lp, int *delstat);
+VLTAPI int VLTchgcoef(VLTENVptr env, VLTLPptr lp, int i, int j, double newvalue);
+VLTAPI int VLTchgcoeflist(VLTENVptr env, VLTLPptr lp, int numcoefs, const int *rowlist,
+                          const int *collist, const double *vallist);
+VLTAPI int VLTchgrngval(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                        const double *values);
+VLTAPI int VLTtightenbds(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices,
+                         const char *lu, const double *bd);
+
 /* Solution */
 VLTAPI int VLTsolution(VLTENVptr env, VLTLPptr lp, int *lpstat_p, double *objval_p,
                        double *x, double *pi, double *slack, double *dj);
@@ -444,6 +457,18 @@ VLTAPI int VLTcopybase(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *
 VLTAPI int VLTcopystart(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat,
                         const double *cprim, const double *rprim, const double *cdual,
                         const double *rdual);
+/* norms: a head entry names column j as j and row i as -i-1 */
+VLTAPI int VLTgetdnorms(VLTENVptr env, VLTLPptr lp, double *norm, int *head, int *len_p);
+VLTAPI int VLTcopydnorms(VLTENVptr env, VLTLPptr lp, const double *norm, const int *head,
+                         int len);
+VLTAPI int VLTgetbasednorms(VLTENVptr env, VLTLPptr lp, int *cstat, int *rstat, double *dnorm);
+VLTAPI int VLTcopybasednorms(VLTENVptr env, VLTLPptr lp, const int *cstat, const int *rstat,
+                             const double *dnorm);
+VLTAPI int VLTgetpnorms(VLTENVptr env, VLTLPptr lp, double *cnorm, double *rnorm, int *len_p);
+VLTAPI int VLTcopypnorms(VLTENVptr env, VLTLPptr lp, const double *cnorm, const double *rnorm,
+                         int len);
+VLTAPI int VLTkilldnorms(VLTLPptr lp);
+VLTAPI int VLTkillpnorms(VLTLPptr lp);
 
 /* ------------------------------------------------------------------------
  * Model files
@@ -457,6 +482,26 @@ VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* basis files */
+VLTAPI int VLTmbasewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTmbaseread(VLTENVptr env, const char *filename, int numcols, int numrows,
+                        char **colname, char **rowname, int *cstat, int *rstat, double *cval,
+                        double *rval);
+VLTAPI int VLTreadcopybase(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* perturbed copies in the binary model form */
+VLTAPI int VLTpperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double epsilon);
+VLTAPI int VLTdperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double epsilon);
+/* solution reports: text ("TXT") and binary ("BIN") */
+VLTAPI int VLTwritesol(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype);
+VLTAPI int VLTtxtsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTbinsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+/* binary model files; the arrays of VLTsavread are released with VLTfree */
+VLTAPI int VLTsavwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
 
 /* ------------------------------------------------------------------------
  * Optimizers

@@ -149,6 +149,9 @@ POINTERS = {
     "FILE*": ctypes.c_void_p,
     "FILE**": ctypes.POINTER(ctypes.c_void_p),
     "void**": ctypes.POINTER(ctypes.c_void_p),
+    "int**": ctypes.POINTER(ctypes.POINTER(ctypes.c_int)),
+    "double**": ctypes.POINTER(ctypes.POINTER(ctypes.c_double)),
+    "char***": ctypes.POINTER(ctypes.c_void_p),
 }
 
 # Types of returned values, where they differ from the argument types.

@@ -6,6 +6,7 @@
 
 #include "env/files.h"
 #include "fileio/rwutil.h"
+#include "fileio/sav.h"
 #include "mip/mip.h"
 #include "model/store.h"
 
@@ -153,6 +154,14 @@ int handover(env *e, lp *p, filemodel &m, const char *filename) {
   return status;
 }
 
+}  // namespace
+
+int loadfilemodel(env *e, lp *p, filemodel &m, const char *filename) {
+  return handover(e, p, m, filename);
+}
+
+namespace {
+
 // Plain arrays of a problem, in the user's units.
 void extract(lp *p, filemodel &m, bool withnames) {
   lpcore *c = p->core;
@@ -215,6 +224,8 @@ int readcopy(env *e, lp *p, const char *name, const char *type) {
     status = mpsreadfile(e, name, m);
   else if (kind == kKindLP)
     status = lpreadfile(e, name, m);
+  else if (kind == kKindSAV)
+    return savreadcopy(e, p, name);
   else
     return 1424;  // the set-partitioning and binary forms are read elsewhere
   if (status) return status;
@@ -222,7 +233,8 @@ int readcopy(env *e, lp *p, const char *name, const char *type) {
 }
 
 int writeas(env *e, lp *p, const char *name, filekind kind) {
-  if (kind == kKindNone || kind == kKindPAR || kind == kKindSAV) return 1424;
+  if (kind == kKindSAV) return savwritefile(e, p, name);
+  if (kind == kKindNone || kind == kKindPAR) return 1424;
   filemodel m;
   bool generic = kind == kKindRMP || kind == kKindRLP;
   extract(p, m, !generic);

@@ -81,12 +81,29 @@ bool fits(const lp *p) {
   const lpcore *c = p->core;
   return s->rows == c->numrows && s->cols == c->totcols && s->allcols == c->allcols;
 }
-bool solnbasis(const lp *p) {
+bool startbasis(const lp *p) { return p->start && p->start->colstat && p->start->rowstat; }
+}  // namespace
+
+bool soln_hasbasis(const lp *p) {
   const soln *s = p->soln;
   return s && s->hasbasis && s->cstat && s->head && s->method != 4 && fits(p);
 }
-bool startbasis(const lp *p) { return p->start && p->start->colstat && p->start->rowstat; }
-}  // namespace
+
+// The user's basis from the solution record.
+void soln_userbasis(const lp *p, int *cstat, int *rstat) {
+  const soln *s = p->soln;
+  const lpcore *c = p->core;
+  if (cstat)
+    for (int j = 0; j < c->numcols; ++j) cstat[j] = s->cstat[j];
+  if (rstat == nullptr) return;
+  std::vector<char> artbasic(c->numrows, 0);
+  for (int r = 0; r < s->rows; ++r)
+    if (s->head[r] >= c->allcols && s->head[r] - c->allcols < c->numrows)
+      artbasic[s->head[r] - c->allcols] = 1;
+  for (int i = 0; i < c->numrows; ++i) rstat[i] = artbasic[i] ? 1 : 0;
+  for (int k = c->numcols; k < c->totcols; ++k) rstat[c->matind[c->matbeg[k]]] = s->cstat[k];
+  for (int j = c->totcols; j < c->allcols; ++j) rstat[c->slackrow[j - c->totcols]] = s->cstat[j];
+}
 
 bool solnexists(const lp *p) {
   const soln *s = p->soln;
@@ -97,7 +114,7 @@ bool solnexists(const lp *p) {
   return m == 1 || m == 2 || m == 8 || m == 9 || m == 10;
 }
 
-bool basisexists(const lp *p) { return solnbasis(p) || startbasis(p); }
+bool basisexists(const lp *p) { return soln_hasbasis(p) || startbasis(p); }
 
 }  // namespace velto
 
@@ -231,21 +248,6 @@ int solngetter(env *e, lp *p, const char *caller, double *out, int begin, int en
   return get(p, out, begin, end);
 }
 
-// The user's basis from the solution record.
-void solnbase(const lp *p, int *cstat, int *rstat) {
-  const soln *s = p->soln;
-  const lpcore *c = p->core;
-  if (cstat)
-    for (int j = 0; j < c->numcols; ++j) cstat[j] = s->cstat[j];
-  if (rstat == nullptr) return;
-  std::vector<char> artbasic(c->numrows, 0);
-  for (int r = 0; r < s->rows; ++r)
-    if (s->head[r] >= c->allcols && s->head[r] - c->allcols < c->numrows)
-      artbasic[s->head[r] - c->allcols] = 1;
-  for (int i = 0; i < c->numrows; ++i) rstat[i] = artbasic[i] ? 1 : 0;
-  for (int k = c->numcols; k < c->totcols; ++k) rstat[c->matind[c->matbeg[k]]] = s->cstat[k];
-  for (int j = c->totcols; j < c->allcols; ++j) rstat[c->slackrow[j - c->totcols]] = s->cstat[j];
-}
 
 int makestart(lp *p) {
   if (p->start) return 0;
@@ -370,7 +372,7 @@ int VLTsolninfo(VLTENVptr env, VLTLPptr lp, int *solnmethod_p, int *solntype_p, 
     if (!solnexists(lp)) return 0;
     const soln *so = lp->soln;
     if (solnmethod_p) *solnmethod_p = so->method;
-    if (solntype_p) *solntype_p = solnbasis(lp) ? 1 : 2;
+    if (solntype_p) *solntype_p = soln_hasbasis(lp) ? 1 : 2;
     if (pfeasind_p) *pfeasind_p = so->pfeas;
     if (dfeasind_p) *dfeasind_p = so->dfeas;
     return 0;
@@ -440,9 +442,9 @@ int VLTgetbase(VLTENVptr env, VLTLPptr lp, int *cstat, int *rstat) {
     if (s) return s;
     if (!basisexists(lp)) return 1262;
     if (cstat == nullptr && rstat == nullptr) return static_cast<int>(kNullPointer);
-    bool fromsoln = solnbasis(lp) && (lp->soln->valid || !startbasis(lp));
+    bool fromsoln = soln_hasbasis(lp) && (lp->soln->valid || !startbasis(lp));
     if (fromsoln) {
-      solnbase(lp, cstat, rstat);
+      soln_userbasis(lp, cstat, rstat);
     } else {
       const start *st = lp->start;
       if (cstat && lp->core->numcols) std::memcpy(cstat, st->colstat, sizeof(int) * lp->core->numcols);

@@ -96,6 +96,26 @@ inline int changeframe(env *e, lp *p) {
   return 0;
 }
 
+// The solution record holds a basis for the present model.
+bool soln_hasbasis(const lp *p);
+// The user's basis (statuses per column and per row) from the solution
+// record; either array may be null.  Needs soln_hasbasis(p).
+void soln_userbasis(const lp *p, int *cstat, int *rstat);
+// VLTchgbds with the dropstate event given (4, or 59 for a tightening of
+// basic columns that keeps the dual norms).
+int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const double *bd,
+           int event);
+
+// Deletions and range changes with their dropstate event.  flags has an
+// entry per row (column): 1 deletes; it comes back as the map to the new
+// indices, -1 for deleted entries.
+int delrowset(env *e, lp *p, int *flags, int event);
+// Puts the basis of the solution record, if it has one, into the start
+// record (the user's statuses), so that it outlives the record.
+int carrybasis(lp *p);
+int delcolset(env *e, lp *p, int *flags, int event);
+int chgrngval(env *e, lp *p, int cnt, const int *indices, const double *values, int event);
+
 // Bound classification.
 inline void clampbound(double &lb, double &ub, int &lk, int &uk) {
   if (lb <= -kInfThreshold) { lb = -kInfBound; lk = kBoundInfinite; }

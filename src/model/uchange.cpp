@@ -102,6 +102,9 @@ unsigned actions(int event) {
     case 2: return aViews | aPre | aBar | aMip | aFfact | aFsoln;
     case 3: case 58: return ev3;
     case 4: return ev3 & ~aSift;
+    // A tightening of basic columns' bounds: the basis and with it the dual
+    // norms and the factor stay, so the dual state is left alone.
+    case 59: return ev3 & ~(aSift | aMdual);
     case 5: return (ev3 & ~(aViews | aSift)) | aAuxOnly;
     case 6: return aViews | aStat | aMprice | aNorms | aPre | aBar | aMip | aSift;
     case 7: case 8: case 9: case 10: case 11: return ev7;
@@ -162,6 +165,9 @@ void dropstate(env *e, lp *p, int event) {
     VLTfreeprob(e, &v);
   }
   if (a & aStat) p->lpstat = 0;
+  // Rows or columns come or go: the basis of the rest outlives the solution
+  // record as the next start.
+  if ((event >= 17 && event <= 20) || (event >= 29 && event <= 32)) carrybasis(p);
   if (a & aMip) {
     if (g_layerops[kLayerMip].mark) marklayer(e, p, kLayerMip, event);
     else releaselayer(e, p, kLayerMip);
@@ -519,7 +525,10 @@ int repairstatus(int st, int lk, int uk) {
   return st;
 }
 
-int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const double *bd) {
+}  // namespace
+
+int velto::chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const double *bd,
+                  int event) {
   int status = changeframe(e, p);
   if (status) return status;
   if (cnt < 0) return kBadArgument;
@@ -558,7 +567,7 @@ int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const dou
       continue;
     }
     if (!fired) {
-      dropstate(e, p, 4);
+      dropstate(e, p, event);
       fired = true;
     }
     bool wasfixed = c->lbkind[j] != kBoundInfinite && c->ubkind[j] != kBoundInfinite &&
@@ -586,6 +595,8 @@ int chgbds(env *e, lp *p, int cnt, const int *indices, const char *lu, const dou
   }
   return 0;
 }
+
+namespace {
 
 // The frame shared by the per-entry changes of the objective and the
 // right-hand side: argument checks, entries of pending (cached) rows or
@@ -987,7 +998,7 @@ int VLTchgrhs(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const dou
 
 int VLTchgbds(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const char *lu,
               const double *bd) {
-  return finish(env, guarded([&] { return chgbds(env, lp, cnt, indices, lu, bd); }));
+  return finish(env, guarded([&] { return velto::chgbds(env, lp, cnt, indices, lu, bd, 4); }));
 }
 
 int VLTchgsense(VLTENVptr env, VLTLPptr lp, int cnt, const int *indices, const char *sense) {

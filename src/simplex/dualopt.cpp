@@ -413,6 +413,8 @@ int dual_optimize(env *e, lp *p) {
       (o.pricing == 3) == (oldpricing == 3)) {
     ds->eng.gamma = oldgamma;
     ds->eng.normsvalid = 1;
+  } else if (o.pricing != 1 && dual_startnorms(p, ds->eng.head, ds->eng.gamma)) {
+    ds->eng.normsvalid = 1;  // norms loaded with the start (VLTcopydnorms)
   }
   int res = dual_solve(ds->eng);
   if (res < 0) {

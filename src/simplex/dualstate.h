@@ -27,6 +27,10 @@ struct dualstate {
   int bready = 0;
 };
 
+// Dual norms loaded with the start, by the basis positions of head (engine
+// numbering); false when there are none or they don't cover head.
+bool dual_startnorms(const lp *p, const std::vector<int> &head, std::vector<double> &gamma);
+
 // The dual simplex method on p (the work of VLTdualopt after the handle
 // tests); returns a status.
 int dual_optimize(env *e, lp *p);

@@ -1,11 +1,12 @@
 // libFuzzer target of a model reader, built once per reader with
-// FUZZ_READER naming its stream entry (fuzz_mps, fuzz_lp): any input gives a
+// FUZZ_READER naming its stream entry (fuzz_mps, fuzz_lp, fuzz_sav): any input gives a
 // status, never a crash, a hang or a sanitizer report, and a model the
 // reader accepts has arrays consistent with its counts.
 #include <cstdint>
 #include <cstdio>
 
 #include "fileio/rwutil.h"
+#include "fileio/sav.h"
 #include "velto.h"
 
 #ifndef FUZZ_READER

@@ -17,10 +17,10 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DVELTO_FUZZ=ON \
   > "$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; echo "configure failed"; exit 1; }
-cmake --build "$build" --target fuzz_mps fuzz_lp -j2 > "$work/build.log" 2>&1 ||
+cmake --build "$build" --target fuzz_mps fuzz_lp fuzz_sav -j2 > "$work/build.log" 2>&1 ||
   { tail -40 "$work/build.log"; echo "build failed"; exit 1; }
 fail=0
-for t in mps lp; do
+for t in mps lp sav; do
   mkdir -p "$work/$t"
   cp "$root/tests/fuzz/corpus_$t"/* "$work/$t/"
   echo "fuzz_$t: ${secs} s"

@@ -14,6 +14,7 @@
 #include "cbcmode.h"
 #include "driverutil.h"
 #include "interrupt.h"
+#include "sidefiles.h"
 #include "velto.h"
 
 #ifndef VELTO_EXAMPLE_MODEL
@@ -46,7 +47,11 @@ const char *kUsage =
     "  --param NAME=VALUE  set any parameter by name, e.g.\n"
     "                      --param VLT_PARAM_SIMDISPLAY=2\n"
     "  --type T            read MODEL as format T (mps, lp) whatever its name\n"
-    "  --solution FILE     write x and pi with names as a plain table\n"
+    "  --solution FILE     write the solution: FILE.txt the text report,\n"
+    "                      FILE.bin its binary form, any other name a\n"
+    "                      plain table of x and pi with names\n"
+    "  --read-basis FILE   start from the basis in FILE (basis file form)\n"
+    "  --write-basis FILE  write the final basis to FILE\n"
     "  --write FILE        write the model to FILE (format by suffix)\n"
     "  --quiet             print only the summary lines\n"
     "  --help              show this text\n"
@@ -63,6 +68,7 @@ struct Options {
   std::string method = "auto";
   std::string solution;
   std::string write;
+  std::string readbasis, writebasis;
   std::vector<std::pair<std::string, std::string>> params;
   bool quiet = false;
 };
@@ -105,6 +111,10 @@ Options parse(int argc, char **argv) {
       o.type = value(i);
     } else if (a == "--solution") {
       o.solution = value(i);
+    } else if (a == "--read-basis") {
+      o.readbasis = value(i);
+    } else if (a == "--write-basis") {
+      o.writebasis = value(i);
     } else if (a == "--write") {
       o.write = value(i);
     } else if (a == "--quiet") {
@@ -247,6 +257,8 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "velto: cannot read '%s': %s\n", o.model.c_str(), errorline(env, status).c_str());
   } else if (!o.write.empty() && (status = VLTwriteprob(env, lp, o.write.c_str(), nullptr)) != 0) {
     std::fprintf(stderr, "velto: cannot write '%s': %s\n", o.write.c_str(), errorline(env, status).c_str());
+  } else if (!o.readbasis.empty() && (status = driver_readbasis(env, lp, o.readbasis)) != 0) {
+    std::fprintf(stderr, "velto: cannot read the basis '%s': %s\n", o.readbasis.c_str(), errorline(env, status).c_str());
   } else {
     interrupt_install(env);
     if (o.method == "primal")
@@ -267,7 +279,16 @@ int main(int argc, char **argv) {
       if (VLTgetobjval(env, lp, &obj) == 0) std::printf("Objective: %.10g\n", obj);
       std::printf("Iterations: %d\n", VLTgetitcnt(env, lp));
       rc = lpstat == 1 ? kExitOptimal : kExitNotOptimal;
-      if (!o.solution.empty() && !writesolution(env, lp, o.solution)) {
+      if (!o.writebasis.empty() && (status = driver_writebasis(env, lp, o.writebasis)) != 0) {
+        std::fprintf(stderr, "velto: cannot write the basis '%s': %s\n", o.writebasis.c_str(), errorline(env, status).c_str());
+        rc = kExitFailure;
+      }
+      if (!o.solution.empty() && driver_ownsolution(o.solution)) {
+        if ((status = driver_writesolution(env, lp, o.solution)) != 0) {
+          std::fprintf(stderr, "velto: cannot write the solution to '%s': %s\n", o.solution.c_str(), errorline(env, status).c_str());
+          rc = kExitFailure;
+        }
+      } else if (!o.solution.empty() && !writesolution(env, lp, o.solution)) {
         std::fprintf(stderr, "velto: cannot write the solution to '%s'\n", o.solution.c_str());
         rc = kExitFailure;
       }

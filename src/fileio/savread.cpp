@@ -1,0 +1,374 @@
+// Reading the binary model file.  Every count is tested before anything is
+// allocated by it, and every index before it is used, so a damaged file
+// gives its status and nothing else.
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "env/files.h"
+#include "env/par.h"
+#include "fileio/sav.h"
+#include "model/store.h"
+
+namespace velto {
+
+namespace {
+
+constexpr long long kSavLimit = 262500000;
+
+struct savfail {
+  int code;
+};
+
+class savin {
+ public:
+  savin(FILE *fp, bool reverse) : fp_(fp), reverse_(reverse) {}
+  void bytes(void *p, size_t n) {
+    if (n > 0 && std::fread(p, 1, n, fp_) != n) throw savfail{1561};
+  }
+  // Grows with the data actually read, so that a damaged count can't ask
+  // for more memory than the file holds.
+  template <class T>
+  void array(std::vector<T> &v, long long n) {
+    v.clear();
+    const long long chunk = (1 << 20) / static_cast<long long>(sizeof(T));
+    for (long long done = 0; done < n;) {
+      const long long k = std::min(chunk, n - done);
+      v.resize(static_cast<size_t>(done + k));
+      bytes(v.data() + done, static_cast<size_t>(k) * sizeof(T));
+      done += k;
+    }
+    if (reverse_ && sizeof(T) > 1)
+      for (T &x : v) flip(x);
+  }
+  int integer() {
+    int v;
+    bytes(&v, sizeof v);
+    if (reverse_) flip(v);
+    return v;
+  }
+  // A string: null (false) or its text.
+  bool string(std::string &s) {
+    unsigned char len;
+    bytes(&len, 1);
+    s.clear();
+    if (len == 0) return false;
+    std::vector<char> b(len);
+    bytes(b.data(), len);
+    b.back() = '\0';
+    s = b.data();
+    return true;
+  }
+  void skip(long long n) {
+    std::vector<char> b(static_cast<size_t>(std::min<long long>(n, 1 << 16)));
+    while (n > 0) {
+      size_t k = static_cast<size_t>(std::min<long long>(n, static_cast<long long>(b.size())));
+      bytes(b.data(), k);
+      n -= static_cast<long long>(k);
+    }
+  }
+
+ private:
+  template <class T>
+  static void flip(T &x) {
+    unsigned char *c = reinterpret_cast<unsigned char *>(&x);
+    std::reverse(c, c + sizeof(T));
+  }
+  FILE *fp_;
+  bool reverse_;
+};
+
+bool goodcount(long long v) { return v >= 0 && v < kSavLimit; }
+
+// Names from offsets into a store: each offset inside and closed by a zero.
+bool names(savin &in, int n, int bytes, namestore &out) {
+  std::vector<int> off;
+  std::vector<char> store;
+  in.array(off, n);
+  in.array(store, bytes);
+  for (int k = 0; k < n; ++k) {
+    if (off[k] < 0 || off[k] >= bytes) return false;
+    const char *s = store.data() + off[k];
+    const void *z = std::memchr(s, 0, static_cast<size_t>(bytes - off[k]));
+    if (z == nullptr) return false;
+    out.add(std::string_view(s, static_cast<const char *>(z) - s));
+  }
+  return true;
+}
+
+void readfile(env *e, savin &in, const char *name, savdata &d) {
+  filemodel &m = d.m;
+  std::string tag, text;
+  if (!in.string(tag) || tag.compare(0, 5, std::string(kSavTag, 5)) != 0)
+    throw savfail{fileerror(e, 1560, name)};
+  const bool mip = tag.size() >= 8 && tag.compare(5, 3, "MIP") == 0;
+  const bool quad = mip && tag.size() >= 9 && tag[8] == 'Q';
+  const bool cuts = mip && tag.size() >= 10 && tag[9] == 'C';
+  const bool oldsets = tag.size() >= 3 && tag.compare(tag.size() - 3, 3, "2.0") == 0;
+  in.string(text);
+  if (in.string(text)) m.objname = text;
+  for (int k = 0; k < 3; ++k) in.string(text);
+  int h[17];
+  for (int &v : h) v = in.integer();
+  const int basis = h[0], ranges = h[1], cn = h[2], rn = h[3];
+  const int n = h[5], r = h[6], objsen = h[8], t = h[9], nz = h[11], cbytes = h[14],
+            rbytes = h[15];
+  bool good = true;
+  for (int f : {basis, ranges, cn, rn}) good &= f == 0 || f == 1;
+  for (int v : {n, r, t, nz, cbytes, rbytes}) good &= v >= 0;
+  good &= goodcount(static_cast<long long>(n) + r) && goodcount(static_cast<long long>(t) + r) &&
+          goodcount(nz) && (objsen == 1 || objsen == -1) && t >= n && h[10] == r;
+  if (!good) throw savfail{fileerror(e, 1563, name)};
+  auto bad = [&] { return savfail{fileerror(e, 1563, name)}; };
+  std::vector<double> obj, rhs, lb, ub, val, rng;
+  std::vector<char> sense;
+  std::vector<int> beg, cnt, ind;
+  in.array(obj, t);
+  in.array(rhs, r);
+  in.array(lb, t);
+  in.array(ub, t);
+  in.array(val, nz);
+  in.array(sense, r);
+  in.array(beg, t);
+  in.array(cnt, t);
+  in.array(ind, nz);
+  if (ranges) in.array(rng, r);
+  for (char s : sense)
+    if (s != 'L' && s != 'G' && s != 'E' && s != 'R') throw bad();
+  for (int j = 0; j < n; ++j) {
+    if (beg[j] < 0 || cnt[j] < 0 || static_cast<long long>(beg[j]) + cnt[j] > nz) throw bad();
+    for (int k = beg[j]; k < beg[j] + cnt[j]; ++k)
+      if (ind[k] < 0 || ind[k] >= r) throw bad();
+  }
+  if (cn && !names(in, n, cbytes, m.colnames)) throw bad();
+  if (rn && !names(in, r, rbytes, m.rownames)) throw bad();
+  if (basis) {
+    in.array(d.cstat, n);
+    in.array(d.rstat, r);
+  }
+  // The user's model: the first n columns, packed.
+  m.numcols = n;
+  m.numrows = r;
+  m.objsen = objsen;
+  m.obj.assign(obj.begin(), obj.begin() + n);
+  m.lb.assign(lb.begin(), lb.begin() + n);
+  m.ub.assign(ub.begin(), ub.begin() + n);
+  m.rhs = rhs;
+  m.sense = sense;
+  if (ranges) m.rngval = rng;
+  for (int j = 0; j < n; ++j) {
+    m.matbeg.push_back(static_cast<int>(m.matind.size()));
+    m.matcnt.push_back(cnt[j]);
+    m.matind.insert(m.matind.end(), ind.begin() + beg[j], ind.begin() + beg[j] + cnt[j]);
+    m.matval.insert(m.matval.end(), val.begin() + beg[j], val.begin() + beg[j] + cnt[j]);
+  }
+  if (!mip) return;
+  int ctflag, setflag = 1, nsets, members;
+  ctflag = in.integer();
+  if (!oldsets) setflag = in.integer();
+  nsets = in.integer();
+  members = in.integer();
+  if ((ctflag != 0 && ctflag != 1) || (setflag != 0 && setflag != 1) || !goodcount(nsets) ||
+      !goodcount(members))
+    throw bad();
+  if (ctflag) {
+    std::vector<char> ct;
+    in.array(ct, t);
+    m.ctype.assign(ct.begin(), ct.begin() + n);
+    for (char c : m.ctype)
+      if (c != 'C' && c != 'B' && c != 'I' && c != 'S' && c != 'N') throw bad();
+  }
+  if (oldsets) {
+    if (nsets > 0) {
+      in.skip(static_cast<long long>(nsets) * 9 + static_cast<long long>(members) * 12);
+      msg(e->warnchannel, "File '%s' has old format SOS definitions.\n", name);
+      msg(e->warnchannel, "They will be ignored.\n");
+    }
+  } else if (setflag && nsets > 0) {
+    std::vector<int> prio;
+    in.array(m.sostype, nsets);
+    in.array(prio, nsets);
+    in.array(m.sosbeg, nsets);
+    in.array(m.sosind, members);
+    in.array(m.soswt, members);
+  }
+  if (quad) {
+    const int entries = in.integer(), general = in.integer();
+    if (!goodcount(entries) || (general != 0 && general != 1)) throw bad();
+    if (general) {
+      std::vector<int> qb, qc, qi;
+      in.array(qb, n);
+      in.array(qc, n);
+      in.array(qi, entries);
+      in.array(m.qval, entries);
+      for (int j = 0; j < n; ++j) {
+        if (qb[j] < 0 || qc[j] < 0 || static_cast<long long>(qb[j]) + qc[j] > entries) throw bad();
+        for (int k = qb[j]; k < qb[j] + qc[j]; ++k) {
+          m.qrow.push_back(qi[k]);
+          m.qcol.push_back(j);
+        }
+      }
+    } else if (entries > 0) {
+      in.array(m.qval, entries);
+      for (int j = 0; j < entries; ++j) {
+        m.qrow.push_back(j);
+        m.qcol.push_back(j);
+      }
+    }
+  }
+  if (cuts)
+    for (int k = 0; k < 2; ++k) {
+      const int flag = in.integer(), rows = in.integer(), nzs = in.integer();
+      if ((flag != 0 && flag != 1) || !goodcount(rows) || !goodcount(nzs)) throw bad();
+      // Cuts and lazy constraints have no place in the model yet: skipped.
+      if (flag) in.skip(static_cast<long long>(rows) * 13 + static_cast<long long>(nzs) * 12);
+    }
+}
+
+}  // namespace
+
+int savreadstream(env *e, FILE *fp, const char *name, savdata &d) {
+  d = savdata();
+  savin in(fp, e->params->reverseind == 1);
+  try {
+    readfile(e, in, name, d);
+  } catch (const savfail &f) {
+    d = savdata();
+    return f.code;
+  }
+  return 0;
+}
+
+int savreadfp(env *e, FILE *fp, filemodel &m) {
+  savdata d;
+  const int status = savreadstream(e, fp, "stream", d);
+  m = std::move(d.m);
+  return status;
+}
+
+int savreadfile(env *e, const char *name, savdata &d) {
+  int status = 0;
+  FILE *fp = fileopenread(e, name, "rb", ".sav", 0, 1, &status);
+  if (fp == nullptr) return status;
+  status = savreadstream(e, fp, name, d);
+  fileclose(name, &fp);
+  return status;
+}
+
+int savreadcopy(env *e, lp *p, const char *name) {
+  savdata d;
+  int status = savreadfile(e, name, d);
+  if (status) return status;
+  status = loadfilemodel(e, p, d.m, name);
+  if (status || d.cstat.empty()) return status;
+  const int s = VLTcopybase(e, p, d.cstat.data(), d.rstat.data());
+  if (s == 0) {
+    msg(e->warnchannel, "Warning:  File contains basis.  Basis is loaded.\n");
+    if (e->params->advind == 0) msg(e->warnchannel, "Warning:  Advanced indicator is not set.\n");
+  } else {
+    msg(e->warnchannel, "Warning:  File contains basis.  Basis not loaded.\n");
+  }
+  return 0;
+}
+
+}  // namespace velto
+
+using namespace velto;
+
+namespace {
+
+template <class T>
+T *handout(const std::vector<T> &v) {
+  T *p = allocn<T>(v.size());
+  if (p && !v.empty()) std::memcpy(p, v.data(), v.size() * sizeof(T));
+  return p;
+}
+
+bool handnames(const namestore &s, char ***names, char **store) {
+  *store = handout(s.text);
+  *names = allocn<char *>(s.size());
+  if (*store == nullptr || *names == nullptr) return false;
+  for (int i = 0; i < s.size(); ++i) (*names)[i] = *store + s.off[i];
+  return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+               int *objsen_p, double **obj_p, double **rhs_p, char **sense_p, int **matbeg_p,
+               int **matcnt_p, int **matind_p, double **matval_p, double **lb_p, double **ub_p,
+               double **rngval_p, char ***colname_p, char **colnamestore_p, char ***rowname_p,
+               char **rownamestore_p) {
+  if (!checkenv(env)) return kNoEnvironment;
+  int *ints[] = {numcols_p, numrows_p, objsen_p};
+  for (int *q : ints)
+    if (q) *q = 0;
+  double **dbls[] = {obj_p, rhs_p, matval_p, lb_p, ub_p, rngval_p};
+  for (double **q : dbls)
+    if (q) *q = nullptr;
+  int **iarr[] = {matbeg_p, matcnt_p, matind_p};
+  for (int **q : iarr)
+    if (q) *q = nullptr;
+  char **carr[] = {sense_p, colnamestore_p, rownamestore_p};
+  for (char **q : carr)
+    if (q) *q = nullptr;
+  if (colname_p) *colname_p = nullptr;
+  if (rowname_p) *rowname_p = nullptr;
+  return finish(env, guarded([&] {
+    if (!numcols_p || !numrows_p || !objsen_p || !obj_p || !rhs_p || !sense_p || !matbeg_p ||
+        !matcnt_p || !matind_p || !matval_p || !lb_p || !ub_p)
+      return static_cast<int>(kNullPointer);
+    if (filename == nullptr || filename[0] == '\0') return 1421;
+    savdata d;
+    int s = savreadfile(env, filename, d);
+    if (s) return s;
+    const filemodel &m = d.m;
+    std::vector<void *> made;
+    bool ok = true;
+    auto keep = [&](auto *p) {
+      made.push_back(p);
+      ok &= p != nullptr;
+      return p;
+    };
+    *obj_p = keep(handout(m.obj));
+    *rhs_p = keep(handout(m.rhs));
+    *sense_p = keep(handout(m.sense));
+    *matbeg_p = keep(handout(m.matbeg));
+    *matcnt_p = keep(handout(m.matcnt));
+    *matind_p = keep(handout(m.matind));
+    *matval_p = keep(handout(m.matval));
+    *lb_p = keep(handout(m.lb));
+    *ub_p = keep(handout(m.ub));
+    if (rngval_p && !m.rngval.empty()) *rngval_p = keep(handout(m.rngval));
+    if (ok && colname_p && colnamestore_p && m.colnames.size() > 0) {
+      ok = handnames(m.colnames, colname_p, colnamestore_p);
+      made.push_back(*colname_p);
+      made.push_back(*colnamestore_p);
+    }
+    if (ok && rowname_p && rownamestore_p && m.rownames.size() > 0) {
+      ok = handnames(m.rownames, rowname_p, rownamestore_p);
+      made.push_back(*rowname_p);
+      made.push_back(*rownamestore_p);
+    }
+    if (!ok) {
+      for (void *q : made) release(&q);
+      for (double **q : dbls)
+        if (q) *q = nullptr;
+      for (int **q : iarr)
+        if (q) *q = nullptr;
+      for (char **q : carr)
+        if (q) *q = nullptr;
+      if (colname_p) *colname_p = nullptr;
+      if (rowname_p) *rowname_p = nullptr;
+      return static_cast<int>(kNoMemory);
+    }
+    *numcols_p = m.numcols;
+    *numrows_p = m.numrows;
+    *objsen_p = m.objsen;
+    return 0;
+  }));
+}
+
+}  // extern "C"

@@ -1,0 +1,88 @@
+// The norm calls: dual norms read after a solve, loaded with their basis
+// into a fresh load of the same model, and used there.
+#include <map>
+
+#include "fixture.h"
+
+using namespace velto_test;
+
+namespace {
+
+void loadmodel(VLTENVptr env, VLTLPptr lp, int seed) {
+  std::mt19937 g(seed);
+  Model d = randommodel(g, 12, 8, false, true);
+  for (int j = 0; j < d.n; ++j) {  // boxes keep it bounded
+    d.lb[j] = -3;
+    d.ub[j] = 4;
+  }
+  ASSERT_EQ(load(env, lp, d), 0);
+}
+
+}  // namespace
+
+TEST_F(StoreTest, NormCallsWithoutNormsOrBasis) {
+  loadmodel(env, lp, 3);
+  double nn[8];
+  int hh[8], len = -1, cs[12], rs[8];
+  EXPECT_EQ(VLTgetdnorms(env, lp, nn, hh, &len), 1264);
+  EXPECT_EQ(VLTgetbasednorms(env, lp, cs, rs, nn), 1262);
+  EXPECT_EQ(VLTgetpnorms(env, lp, nn, nn, &len), 1264);
+  EXPECT_EQ(takeErrors(), "VELTO Error  1264: No norms available.\n"
+                          "VELTO Error  1262: No basis exists.\n"
+                          "VELTO Error  1264: No norms available.\n");
+  EXPECT_EQ(VLTcopydnorms(env, lp, nn, hh, -1), 1003);
+  EXPECT_EQ(VLTcopydnorms(env, lp, nullptr, hh, 2), 1004);
+  takeErrors();
+  EXPECT_EQ(VLTkilldnorms(lp), 0);
+  EXPECT_EQ(VLTkillpnorms(nullptr), 0);
+}
+
+TEST_F(StoreTest, DualNormsCarryABasisIntoAFreshLoad) {
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_PREIND, 0), 0);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_DPRIIND, 2), 0);  // steepest edge
+  int solved = 0;
+  for (int seed = 1; seed <= 20; ++seed) {
+    loadmodel(env, lp, seed);
+    ASSERT_EQ(VLTdualopt(env, lp), 0);
+    if (VLTgetstat(env, lp) != 1) continue;
+    ++solved;
+    double z = 0;
+    VLTgetobjval(env, lp, &z);
+    const int m = VLTgetnumrows(env, lp), n = VLTgetnumcols(env, lp);
+    std::vector<double> nn(m), bn(m);
+    std::vector<int> hh(m), cs(n), rs(m);
+    int len = 0;
+    ASSERT_EQ(VLTgetdnorms(env, lp, nn.data(), hh.data(), &len), 0);
+    ASSERT_EQ(len, m);
+    ASSERT_EQ(VLTgetbasednorms(env, lp, cs.data(), rs.data(), bn.data()), 0);
+    // The based form lists the same norms: columns by index, then rows.
+    std::map<int, double> byhead;
+    for (int k = 0; k < m; ++k) byhead[hh[k]] = nn[k];
+    int q = 0;
+    for (int j = 0; j < n; ++j)
+      if (cs[j] == 1) {
+        EXPECT_EQ(bn[q++], byhead.at(j));
+      }
+    for (int i = 0; i < m; ++i)
+      if (rs[i] == 1) {
+        EXPECT_EQ(bn[q++], byhead.at(-i - 1));
+      }
+    ASSERT_EQ(q, m);
+    VLTLPptr other = VLTcreateprob(env, nullptr, "other");
+    loadmodel(env, other, seed);
+    ASSERT_EQ(VLTcopybasednorms(env, other, cs.data(), rs.data(), bn.data()), 0);
+    ASSERT_EQ(VLTdualopt(env, other), 0);
+    EXPECT_EQ(VLTgetstat(env, other), 1);
+    EXPECT_EQ(VLTgetitcnt(env, other), 0) << seed;
+    double z2 = 0;
+    VLTgetobjval(env, other, &z2);
+    EXPECT_NEAR(z, z2, 1e-9 * std::max(1.0, std::fabs(z)));
+    // The norms given were the ones used: they read back unchanged.
+    std::vector<double> n2(m);
+    std::vector<int> h2(m);
+    ASSERT_EQ(VLTgetdnorms(env, other, n2.data(), h2.data(), &len), 0);
+    for (int k = 0; k < m; ++k) EXPECT_NEAR(n2[k], byhead.at(h2[k]), 1e-12) << seed;
+    VLTfreeprob(env, &other);
+  }
+  EXPECT_GE(solved, 5);
+}
