@@ -238,7 +238,7 @@ class runner {
       }
     }
     const int kind = pick(0, 99);
-    if (kind < 35 && n > 0) {
+    if (kind < 30 && n > 0) {
       const int j = pick(0, n - 1);
       const char lu = "LUB"[pick(0, 2)];
       double lo = 0.0, up = 0.0;
@@ -254,19 +254,19 @@ class runner {
       if (lu == 'B' && !lpcheck::finite(v)) v = 0.0;
       VLTchgbds(env_, lp, 1, &j, &lu, &v);
       std::snprintf(buf, sizeof buf, " chgbds(%d,%c,%g)", j, lu, v);
-    } else if (kind < 60 && n > 0) {
+    } else if (kind < 50 && n > 0) {
       const int j = pick(0, n - 1);
       double v = pick(-6, 6) + (pick(0, 2) == 0 ? pick(-99999, 99999) / 1e5 : 0.0);
       VLTchgobj(env_, lp, 1, &j, &v);
       std::snprintf(buf, sizeof buf, " chgobj(%d,%.17g)", j, v);
-    } else if (kind < 78 && m > 0) {
+    } else if (kind < 65 && m > 0) {
       const int i = pick(0, m - 1);
       double r = 0.0;
       VLTgetrhs(env_, lp, &r, i, i);
       double v = near(r);
       VLTchgrhs(env_, lp, 1, &i, &v);
       std::snprintf(buf, sizeof buf, " chgrhs(%d,%g)", i, v);
-    } else if (kind < 90 && n > 0) {
+    } else if (kind < 77 && n > 0) {
       // A row through the current point, moved a little so it may cut it.
       std::vector<int> ind;
       std::vector<double> val;
@@ -284,6 +284,20 @@ class runner {
                  ind.empty() ? nullptr : ind.data(), val.empty() ? nullptr : val.data(), nullptr,
                  nullptr);
       std::snprintf(buf, sizeof buf, " addrow(%c,%g,%zu nz)", sense, rhs, ind.size());
+    } else if (kind < 86 && n > 0 && m > 0) {
+      // A coefficient changed, set to zero now and then.
+      const int i = pick(0, m - 1), j = pick(0, n - 1);
+      const double v = pick(0, 4) == 0 ? 0.0 : coef();
+      VLTchgcoef(env_, lp, i, j, v);
+      std::snprintf(buf, sizeof buf, " chgcoef(%d,%d,%g)", i, j, v);
+    } else if (kind < 91 && m > 1) {
+      const int i = pick(0, m - 1);
+      VLTdelrows(env_, lp, i, i);
+      std::snprintf(buf, sizeof buf, " delrow(%d)", i);
+    } else if (kind < 94 && n > 1) {
+      const int j = pick(0, n - 1);
+      VLTdelcols(env_, lp, j, j);
+      std::snprintf(buf, sizeof buf, " delcol(%d)", j);
     } else {
       std::vector<int> ind;
       std::vector<double> val;
