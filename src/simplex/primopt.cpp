@@ -70,11 +70,15 @@ void pbasis_settle(const wprob &p, pbasis &b) {
   }
 }
 
+// Reduced-cost tolerance of the last pricing before optimality is declared.
+constexpr double kFinalOptTol = 1e-9;
+
 void primal_run(const wprob &p, pbasis &b, const poptions &opt,
                 const phooks &hk, int iter0, int phase1cnt0, presult &res) {
   pengine e(p, b, opt, hk, res);
   const int m = e.m, nt = e.nt;
   int itlim = opt.itlim;
+  bool tightened = false;  // the final pricing at kFinalOptTol has begun
   res = presult();
   e.lbw = p.lb;
   e.ubw = p.ub;
@@ -176,6 +180,14 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
           e.pertpending = true;
         }
         e.remove_perturbation();
+        continue;
+      }
+      // Before optimality is declared, reduced costs are priced once more at
+      // a tolerance of 1e-9: a column of a long move left in at the working
+      // tolerance can be worth more than rounding in the objective.
+      if (e.phase == 2 && !tightened && e.opttol > kFinalOptTol) {
+        tightened = true;
+        e.opttol = kFinalOptTol;
         continue;
       }
       res.lpstat = e.phase == 1 ? kPInfeasible : kPOptimal;

@@ -108,7 +108,9 @@ TEST(PrimalSmallNetlib, EveryPricingRule) {
 // The passes of the kernel.  Row R (x1 >= 1) is written with entries 1e-4
 // and row T is x1 <= 2; min -eta x1.  Phase 1 stops at x1 = 1 with R tight;
 // there the reduced cost of R's slack is -eta in the scaled model, within
-// the tolerance, but -eta 1e4 in the user's units.
+// the tolerance, but -eta 1e4 in the user's units.  eta = 5e-10 sits below
+// the scaled pass's last pricing (1e-9) while -eta 1e4 breaks the user's
+// optimality tolerance (1e-6).
 namespace passes {
 
 struct model {
@@ -164,7 +166,7 @@ model make(double eta, bool illcond) {
 }  // namespace passes
 
 TEST(PrimalPasses, ScaledOptimumInfeasibleUnscaledGetsAnUnscaledPass) {
-  passes::model d = passes::make(5e-8, false);
+  passes::model d = passes::make(5e-10, false);
   velto::kconfig cfg;
   cfg.opt.crash = 0;
   velto::phooks hk;
@@ -186,7 +188,7 @@ TEST(PrimalPasses, ScaledOptimumInfeasibleUnscaledGetsAnUnscaledPass) {
 }
 
 TEST(PrimalPasses, IllConditionedUnscaledBasisEndsThePassAndReturnsToScaled) {
-  passes::model d = passes::make(5e-8, true);
+  passes::model d = passes::make(5e-10, true);
   velto::kconfig cfg;
   cfg.opt.crash = 0;
   velto::phooks hk;
