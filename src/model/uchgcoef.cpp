@@ -108,6 +108,8 @@ int chgrngval(env *e, lp *p, int cnt, const int *indices, const double *values, 
       msg(e->errchannel, errtext(e, 1203), indices[k]);
       return -1203;
     }
+  status = checknumbers(e, cnt, values, kNumValue);
+  if (status) return status;
   bool inmodel = false;
   for (int k = 0; k < cnt; ++k) inmodel |= indices[k] < m;
   if (inmodel && c->rngval == nullptr) {
@@ -142,6 +144,8 @@ int chgcoef(env *e, lp *p, int i, int j, double value) {
   const int m = c->numrows + pendingrows(p), n = c->numcols + pendingcols(p);
   if (i < -1 || i >= m || j < -2 || j >= n) return kIndexRange;
   if (i == -1 && j < 0) return 1211;
+  status = checknumbers(e, 1, &value, kNumValue);
+  if (status) return status;
   if (i == -1) {
     const int s = VLTchgobj(e, p, 1, &j, &value);
     return s ? -s : 0;
@@ -179,6 +183,8 @@ int chgcoeflist(env *e, lp *p, int cnt, const int *rows, const int *cols, const 
       return -1201;
     }
   }
+  status = checknumbers(e, cnt, vals, kNumValue);
+  if (status) return status;
   if (cnt == 2 && rows[0] == rows[1] && cols[0] == cols[1]) return 1222;
   if (cnt <= 2) {
     for (int k = 0; k < cnt; ++k) {

@@ -154,6 +154,22 @@ TEST_F(FrameData, NonFiniteChangesRefusedModelUnchanged) {
     vals[1] = kNaN;
     EXPECT_EQ(VLTchgbds(env, lp, 2, idx, lu, vals), 1225);
     EXPECT_EQ(takeErrors(), line1225(1));
+    // Coefficients and ranges: one entry, a list, the range of a row.
+    EXPECT_EQ(VLTchgcoef(env, lp, 0, 1, kNaN), 1225);
+    EXPECT_EQ(takeErrors(), line1225(0));
+    EXPECT_EQ(VLTchgcoef(env, lp, 1, 0, kInf), 1225);
+    EXPECT_EQ(takeErrors(), line1225(0));
+    EXPECT_EQ(VLTchgcoef(env, lp, 0, -2, kNaN), 1225);
+    EXPECT_EQ(takeErrors(), line1225(0));
+    int rows[3] = {0, 1, 1}, cols[3] = {0, 0, 1};
+    double coefs[3] = {1, 2, -kInf};
+    EXPECT_EQ(VLTchgcoeflist(env, lp, 3, rows, cols, coefs), 1225);
+    EXPECT_EQ(takeErrors(), line1225(2));
+    EXPECT_EQ(VLTchgrngval(env, lp, 2, idx, vals), 1225);
+    EXPECT_EQ(takeErrors(), line1225(1));
+    double a01 = 0;
+    ASSERT_EQ(VLTgetcoef(env, lp, 0, 1, &a01), 0);
+    EXPECT_EQ(a01, 2);
     double obj[2], rhs[2], ub[2];
     ASSERT_EQ(VLTgetobj(env, lp, obj, 0, 1), 0);
     ASSERT_EQ(VLTgetrhs(env, lp, rhs, 0, 1), 0);
