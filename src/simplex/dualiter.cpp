@@ -70,6 +70,11 @@ void settle_phase(dualengine &e, double fliptol) {
 // others are taken in by primal pivots (dualclean.cpp).
 double clean_tol(const dualengine &e) { return std::min(e.opt.opttol, 1e-9); }
 
+// The last look before optimality is declared takes in reduced costs wrong
+// by more than this: at 1e-9 a column that can move a few hundred units
+// still leaves the objective short by more than 1e-9 of its size.
+constexpr double kFinalCleanTol = 1e-11;
+
 // Costs of nonbasic variables whose reduced costs are slightly wrong are
 // moved so the basis is dual feasible again; counted as shifts.
 void shift_small(dualengine &e, double tol) {
@@ -449,7 +454,7 @@ int dual_solve(dualengine &e) {
     if (cleanups < 5) {
       ++cleanups;
       int stuck = 0;
-      int done = dual_primal_cleanup(e, clean_tol(e), std::max(100, e.m / 4), &stuck);
+      int done = dual_primal_cleanup(e, kFinalCleanTol, std::max(100, e.m / 4), &stuck);
       if (done < 0) return e.result = done;
       if (done > 0) {
         --rounds;
