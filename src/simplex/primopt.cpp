@@ -78,7 +78,12 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   pengine e(p, b, opt, hk, res);
   const int m = e.m, nt = e.nt;
   int itlim = opt.itlim;
-  bool tightened = false;  // the final pricing at kFinalOptTol has begun
+  // The final pricing at kFinalOptTol: whether it has begun, where, and the
+  // working tolerance it replaced.  On a degenerate optimum it could pivot
+  // on rounding for ever, so it has as many pivots as the dual's clean-up.
+  bool tightened = false;
+  int tightstart = 0;
+  double worktol = 0.0;
   res = presult();
   e.lbw = p.lb;
   e.ubw = p.ub;
@@ -164,6 +169,8 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     if (partial_mode(e.pricing)) e.compute_pi();
     else if (!e.djvalid) { e.compute_pi(); e.compute_dj(); }
 
+    if (tightened && e.opttol < worktol && e.itcnt - tightstart > std::max(100, m / 4))
+      e.opttol = worktol;
     int q = e.price_select(e.opttol);
     if (q < 0) {
       if (!e.fresh || e.fac->updates > 0) { e.refresh(); continue; }
@@ -187,6 +194,8 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
       // tolerance can be worth more than rounding in the objective.
       if (e.phase == 2 && !tightened && e.opttol > kFinalOptTol) {
         tightened = true;
+        tightstart = e.itcnt;
+        worktol = e.opttol;
         e.opttol = kFinalOptTol;
         continue;
       }
