@@ -2,6 +2,7 @@
 # output contains a given text.
 #   -DVELTO=path -DARGS="a b" -DEXPECT_RC=n [-DEXPECT_OUT=text] [-DEXPECT_ERR=text]
 #   [-DEXPECT_FILE=path -DEXPECT_FILE_TEXT=text]   a file the run must write
+#   [-DFORBID=text]   a text that must appear in neither stream
 separate_arguments(args UNIX_COMMAND "${ARGS}")
 if(DEFINED EXPECT_FILE)
   file(REMOVE ${EXPECT_FILE})
@@ -21,6 +22,12 @@ if(DEFINED EXPECT_ERR)
   string(FIND "${err}" "${EXPECT_ERR}" pos)
   if(pos EQUAL -1)
     message(FATAL_ERROR "stderr lacks '${EXPECT_ERR}':\n${err}")
+  endif()
+endif()
+if(DEFINED FORBID)
+  string(FIND "${out}${err}" "${FORBID}" pos)
+  if(NOT pos EQUAL -1)
+    message(FATAL_ERROR "the run printed '${FORBID}':\nstdout:\n${out}\nstderr:\n${err}")
   endif()
 endif()
 if(DEFINED EXPECT_FILE)

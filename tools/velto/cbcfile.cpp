@@ -16,37 +16,7 @@
 namespace velto_cli {
 namespace {
 
-// Runs a size query, whose "insufficient array length" answer is expected,
-// with the error channel's standard error destination taken off.
-template <class Query>
-void sizequery(VLTENVptr env, Query query) {
-  VLTCHANNELptr err = nullptr;
-  VLTgetchannels(env, nullptr, nullptr, &err, nullptr);
-  bool had = err != nullptr && VLTdelfpdest(env, err, stderr) == 0;
-  query();
-  if (had) VLTaddfpdest(env, err, stderr);
-}
-
 }  // namespace
-
-std::vector<std::string> cbc_names(VLTENVptr env, VLTLPptr lp, bool cols) {
-  int count = cols ? VLTgetnumcols(env, lp) : VLTgetnumrows(env, lp);
-  std::vector<std::string> out(count > 0 ? count : 0);
-  if (count > 0) {
-    auto get = cols ? VLTgetcolname : VLTgetrowname;
-    int surplus = 0;
-    sizequery(env, [&] { get(env, lp, nullptr, nullptr, 0, &surplus, 0, count - 1); });
-    if (surplus < 0) {
-      std::vector<char> store(static_cast<size_t>(-surplus));
-      std::vector<char *> ptr(count);
-      if (get(env, lp, ptr.data(), store.data(), -surplus, &surplus, 0, count - 1) == 0)
-        for (int k = 0; k < count; ++k) out[k] = ptr[k];
-    }
-  }
-  for (int k = 0; k < count; ++k)
-    if (out[k].empty()) out[k] = std::string(cols ? "C" : "R").append(std::to_string(k));
-  return out;
-}
 
 VLTLPptr cbc_relaxed_copy(VLTENVptr env, VLTLPptr lp, std::string *why) {
   int n = VLTgetnumcols(env, lp), m = VLTgetnumrows(env, lp);
@@ -78,7 +48,7 @@ VLTLPptr cbc_relaxed_copy(VLTENVptr env, VLTLPptr lp, std::string *why) {
   }
   beg[n] = nz;
   for (int j = 0; j < n; ++j) cnt[j] = beg[j + 1] - beg[j];
-  std::vector<std::string> cn = cbc_names(env, lp, true), rn = cbc_names(env, lp, false);
+  std::vector<std::string> cn = model_names(env, lp, true), rn = model_names(env, lp, false);
   std::vector<char *> cp(n), rp(m);
   for (int j = 0; j < n; ++j) cp[j] = cn[j].data();
   for (int i = 0; i < m; ++i) rp[i] = rn[i].data();
@@ -175,7 +145,7 @@ bool cbc_write_solution(VLTENVptr env, VLTLPptr lp, bool mip, bool rows, bool al
   double tol = 1e-6;
   VLTgetdblparam(env, VLT_PARAM_EPRHS, &tol);
 
-  std::vector<std::string> cn = cbc_names(env, lp, true), rn = cbc_names(env, lp, false);
+  std::vector<std::string> cn = model_names(env, lp, true), rn = model_names(env, lp, false);
   FILE *fp = std::fopen(file.c_str(), "w");
   if (fp == nullptr) {
     *why = "cannot open '" + file + "' for writing: " + std::strerror(errno);

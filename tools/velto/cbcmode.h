@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "driverutil.h"
 #include "velto.h"
 
 // The integer optimizer and its solution getters, bound when the library has
@@ -28,10 +29,6 @@ bool cbc_requested(int argc, char **argv);
 
 // Runs the command mode; returns the process exit code.
 int cbc_main(int argc, char **argv);
-
-// Names of all columns (cols true) or rows, default names where a name is
-// missing.
-std::vector<std::string> cbc_names(VLTENVptr env, VLTLPptr lp, bool cols);
 
 // A copy of lp with every column continuous, for the relaxation of an integer
 // model.  Null with a message in *why when the copy cannot be made.

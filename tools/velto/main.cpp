@@ -150,6 +150,7 @@ bool parsedbl(const std::string &s, double *out) {
 }
 
 using velto_cli::errorline;
+using velto_cli::model_names;
 
 // Sets one parameter by name, finding its kind from the parameter table.
 void setparam(VLTENVptr env, const std::string &name, const std::string &text) {
@@ -170,24 +171,6 @@ void setparam(VLTENVptr env, const std::string &name, const std::string &text) {
   if (status != 0) fail("cannot set " + name + " to " + text + ": " + errorline(env, status));
 }
 
-// Reads all names of one kind (columns or rows) into a vector.
-std::vector<std::string> names(VLTENVptr env, VLTLPptr lp, int count, bool cols) {
-  std::vector<std::string> out(count);
-  if (count == 0) return out;
-  std::vector<char *> ptr(count);
-  int surplus = 0;
-  auto get = cols ? VLTgetcolname : VLTgetrowname;
-  // Ask for the size first: a zero-size store returns the negative surplus.
-  int status = get(env, lp, nullptr, nullptr, 0, &surplus, 0, count - 1);
-  if (status != 0 && surplus >= 0) return out;
-  std::vector<char> store(static_cast<size_t>(-surplus) + 1);
-  if (get(env, lp, ptr.data(), store.data(), static_cast<int>(store.size()), &surplus, 0,
-          count - 1) != 0)
-    return out;
-  for (int i = 0; i < count; ++i) out[i] = ptr[i];
-  return out;
-}
-
 bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
   int m = VLTgetnumrows(env, lp), n = VLTgetnumcols(env, lp);
   std::vector<double> x(n), dj(n), pi(m), slack(m);
@@ -195,7 +178,7 @@ bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
   double obj = 0;
   if (VLTsolution(env, lp, &lpstat, &obj, x.data(), pi.data(), slack.data(), dj.data()) != 0)
     return false;
-  std::vector<std::string> cn = names(env, lp, n, true), rn = names(env, lp, m, false);
+  std::vector<std::string> cn = model_names(env, lp, true), rn = model_names(env, lp, false);
   FILE *fp = std::fopen(file.c_str(), "w");
   if (fp == nullptr) return false;
   char buf[64];
