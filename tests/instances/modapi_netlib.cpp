@@ -30,9 +30,10 @@ struct session {
   }
 };
 
-// Loads the model of `from` without row `drop` into `to`, from the arrays
-// of the query calls (no deletion call involved).
-int loadwithout(VLTENVptr env, VLTLPptr from, VLTLPptr to, int drop) {
+// Loads the model of `from` (of environment env) without row `drop` into
+// `to` (of environment tenv), from the arrays of the query calls (no
+// deletion call involved).
+int loadwithout(VLTENVptr env, VLTLPptr from, VLTENVptr tenv, VLTLPptr to, int drop) {
   const int m = VLTgetnumrows(env, from), n = VLTgetnumcols(env, from);
   const int nz = VLTgetnumnz(env, from);
   std::vector<double> obj(n + 1), lb(n + 1), ub(n + 1), rhs(m + 1), rng(m + 1), val(nz + 1);
@@ -63,7 +64,7 @@ int loadwithout(VLTENVptr env, VLTLPptr from, VLTLPptr to, int drop) {
   rhs.erase(rhs.begin() + drop);
   sense.erase(sense.begin() + drop);
   rng.erase(rng.begin() + drop);
-  return VLTcopylp(env, to, n, m - 1, VLTgetobjsen(env, from), obj.data(), rhs.data(),
+  return VLTcopylp(tenv, to, n, m - 1, VLTgetobjsen(env, from), obj.data(), rhs.data(),
                    sense.data(), nbeg.data(), ncnt.data(), nind.data(), nval.data(), lb.data(),
                    ub.data(), rng.data());
 }
@@ -99,7 +100,7 @@ TEST(ModapiNetlib, DeletingANonbindingRowKeepsTheBasis) {
     ++tried;
     // The reduced model from scratch.
     session t;
-    ASSERT_EQ(loadwithout(s.env, s.lp, t.lp, drop), 0);
+    ASSERT_EQ(loadwithout(s.env, s.lp, t.env, t.lp, drop), 0);
     ASSERT_EQ(VLTdualopt(t.env, t.lp), 0);
     ASSERT_EQ(VLTgetstat(t.env, t.lp), 1);
     double zcold = 0, zwarm = 0;
