@@ -601,6 +601,20 @@ VLTAPI int VLTcopymipstart(VLTENVptr env, VLTLPptr lp, int cnt, const int *indic
                            const double *values);
 VLTAPI int VLTgetmipstart(VLTENVptr env, VLTLPptr lp, int *cnt_p, int *indices,
                           double *values, int startspace, int *surplus_p);
+/* files beside an integer model: priority orders (ORD), special ordered sets
+ * (SOS) and start values (MST).  VLTordread fills arrays of numcols entries;
+ * the arrays of VLTsosread are released with VLTfree. */
+VLTAPI int VLTordread(VLTENVptr env, const char *filename, int numcols, char **colname,
+                      int *cnt_p, int *indices, int *priority, int *direction);
+VLTAPI int VLTordwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTreadcopyorder(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTsosread(VLTENVptr env, const char *filename, int numcols, char **colname,
+                      int *numsos_p, int *numsosnz_p, char **sostype_p, int **priority_p,
+                      int **beg_p, int **ind_p, double **weight_p);
+VLTAPI int VLTsoswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTreadcopysos(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTmstwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTreadcopymipstart(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTgetnumint(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumbin(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumsemicont(VLTENVptr env, VLTLPptr lp);

@@ -15,19 +15,6 @@ namespace {
 
 constexpr int kWarnCap = 20;
 
-// Splits a line into blank-separated fields.
-std::vector<std::string_view> fields(const char *line, size_t len) {
-  std::vector<std::string_view> out;
-  size_t k = 0;
-  while (k < len) {
-    while (k < len && (line[k] == ' ' || line[k] == '\t')) ++k;
-    size_t b = k;
-    while (k < len && line[k] != ' ' && line[k] != '\t') ++k;
-    if (k > b) out.emplace_back(line + b, k - b);
-  }
-  return out;
-}
-
 struct basread {
   int n, m;
   int *cstat, *rstat;
@@ -70,7 +57,7 @@ int readbasis(env *e, FILE *fp, char **colname, char **rowname, basread &b) {
       ended = ciprefix("ENDATA", line);
       break;
     }
-    auto f = fields(line, len);
+    auto f = splitfields(line, len);
     if (f.empty()) continue;
     std::string ind(f[0]);
     for (char &c : ind) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

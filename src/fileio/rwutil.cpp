@@ -308,6 +308,18 @@ int checkwritenames(env *e, const filemodel &m, bool lp) {
   return 0;
 }
 
+std::vector<std::string_view> splitfields(const char *line, size_t len) {
+  std::vector<std::string_view> out;
+  size_t k = 0;
+  while (k < len) {
+    while (k < len && (line[k] == ' ' || line[k] == '\t')) ++k;
+    size_t b = k;
+    while (k < len && line[k] != ' ' && line[k] != '\t') ++k;
+    if (k > b) out.emplace_back(line + b, k - b);
+  }
+  return out;
+}
+
 int fileerror(env *e, int code, ...) {
   va_list ap;
   va_start(ap, code);

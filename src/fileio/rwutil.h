@@ -111,6 +111,19 @@ class linereader {
 // "inf" and "infinity" (any case, optional sign) give 1e20 when `allowinf`.
 int parsenumber(std::string_view tok, double *value, bool allowinf);
 
+// Splits a line into its blank- or tab-separated fields.
+std::vector<std::string_view> splitfields(const char *line, size_t len);
+
+// A copy of v in a block the application releases with VLTfree (at least
+// one element, so that an empty array is not a null pointer); null when
+// memory runs out.
+template <class T>
+T *handout(const std::vector<T> &v) {
+  T *p = allocn<T>(v.size());
+  if (p && !v.empty()) std::memcpy(p, v.data(), v.size() * sizeof(T));
+  return p;
+}
+
 // Prints an error line whose table text has conversions; returns -code.
 int fileerror(env *e, int code, ...);
 

@@ -277,13 +277,6 @@ using namespace velto;
 
 namespace {
 
-template <class T>
-T *handout(const std::vector<T> &v) {
-  T *p = allocn<T>(v.size());
-  if (p && !v.empty()) std::memcpy(p, v.data(), v.size() * sizeof(T));
-  return p;
-}
-
 bool handnames(const namestore &s, char ***names, char **store) {
   *store = handout(s.text);
   *names = allocn<char *>(s.size());
