@@ -7,7 +7,9 @@ if [ ! -f "$model" ]; then
   echo "skipped: $model not found"
   exit 77
 fi
-out=$(timeout --preserve-status -s INT 1 "$velto" --quiet --method dual --presolve off "$model")
+# --foreground: timeout otherwise signals the child and then its whole group,
+# and the second SIGINT is the user insisting, which kills the driver (130).
+out=$(timeout --foreground --preserve-status -s INT 1 "$velto" --quiet --method dual --presolve off "$model")
 rc=$?
 echo "$out"
 if [ $rc -ne 1 ]; then echo "exit code $rc, expected 1"; exit 1; fi
