@@ -52,6 +52,7 @@ int main(int argc, char **argv) {
   int st = 0;
   VLTENVptr env = VLTopenVELTO(&st);
   VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  if (const char *d = std::getenv("CUT_DPRIIND")) VLTsetintparam(env, VLT_PARAM_DPRIIND, std::atoi(d));
   VLTLPptr lp = VLTcreateprob(env, &st, "cut");
   std::mt19937 g(7);
   build(env, lp, m, g);
@@ -61,7 +62,7 @@ int main(int argc, char **argv) {
   const int n = VLTgetnumcols(env, lp);
   std::vector<double> x(n);
   double edit = 0.0, cycle = 0.0, adds = 0.0, dels = 0.0;
-  long iters = 0;
+  long iters = 0, additers = 0;
   for (int c = 0; c < cycles; ++c) {
     VLTgetx(env, lp, x.data(), 0, n - 1);
     // A cut over eight columns, cutting the present point where it can.
@@ -82,6 +83,7 @@ int main(int argc, char **argv) {
     double b = seconds();
     VLTdualopt(env, lp);
     iters += VLTgetitcnt(env, lp);
+    additers += VLTgetitcnt(env, lp);
     double d = seconds();
     VLTdelrows(env, lp, rows, rows);
     double e = seconds();
@@ -94,9 +96,10 @@ int main(int argc, char **argv) {
     cycle += f - a;
   }
   std::printf("rows %6d  scratch solve %8.4f s  per cycle: edits %9.6f s (add %9.6f, delete %9.6f)"
-              "  edits+2 re-solves %8.5f s  (%.1f iterations)  cycle/scratch %.4f\n",
+              "  edits+2 re-solves %8.5f s  (%.1f iterations, %.1f after the add)  cycle/scratch %.4f\n",
               m, scratch, edit / cycles, adds / cycles, dels / cycles, cycle / cycles,
-              static_cast<double>(iters) / cycles, cycle / cycles / scratch);
+              static_cast<double>(iters) / cycles,
+              static_cast<double>(additers) / cycles, cycle / cycles / scratch);
   VLTfreeprob(env, &lp);
   VLTcloseVELTO(&env);
   return 0;

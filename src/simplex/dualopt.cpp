@@ -37,7 +37,7 @@ void mark_dual(env *, lp *p, int) {
 dualstate *dualstate_get(env *, lp *p) {
   static bool registered = false;
   if (!registered) {
-    setlayerops(kLayerDual, layerops{release_dual, mark_dual});
+    setlayerops(kLayerDual, layerops{release_dual, mark_dual, dual_carrynorms, dual_rowsgo});
     registered = true;
   }
   if (p->dual == nullptr) {
@@ -155,11 +155,13 @@ void startbasis(env *e, const lp *p, const dualprob &prob, std::vector<int> &hea
         st[n + i] = r;
       }
     }
+    // The first m basic variables form the head; any beyond are nonbasic.
     std::vector<int> h;
-    for (int v = 0; v < n + m && static_cast<int>(h.size()) < m; ++v)
-      if (st[v] == 1) h.push_back(v);
     for (int v = 0; v < n + m; ++v)
-      if (st[v] == 1 && (h.empty() || std::find(h.begin(), h.end(), v) == h.end())) st[v] = 0;
+      if (st[v] == 1) {
+        if (static_cast<int>(h.size()) < m) h.push_back(v);
+        else st[v] = 0;
+      }
     // Fill a short basis with logicals of rows whose logical is out.
     for (int i = 0; i < m && static_cast<int>(h.size()) < m; ++i)
       if (st[n + i] != 1) {
@@ -413,8 +415,14 @@ int dual_optimize(env *e, lp *p) {
       (o.pricing == 3) == (oldpricing == 3)) {
     ds->eng.gamma = oldgamma;
     ds->eng.normsvalid = 1;
-  } else if (o.pricing != 1 && dual_startnorms(p, ds->eng.head, ds->eng.gamma)) {
-    ds->eng.normsvalid = 1;  // norms loaded with the start (VLTcopydnorms)
+  } else if (o.pricing != 1 && pb->advind) {
+    // Norms kept with the start (VLTcopydnorms, or carried across added and
+    // deleted rows): the basic variables without one get theirs computed.
+    std::vector<double> g;
+    if (dual_startnorms(p, ds->eng.head, g) > 0) {
+      ds->eng.gamma.swap(g);
+      ds->eng.normsseeded = 1;
+    }
   }
   int res = dual_solve(ds->eng);
   if (res < 0) {
