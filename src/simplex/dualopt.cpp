@@ -25,9 +25,14 @@ void release_dual(env *, lp *p) {
   delete s;
 }
 
-void mark_dual(env *, lp *p, int) {
+void mark_dual(env *e, lp *p, int event) {
   dualstate *s = reinterpret_cast<dualstate *>(p->dual);
   if (s == nullptr) return;
+  // Bounds, ranges and costs leave the basis matrix alone, and with it the
+  // norms: they move to the start for the next run (branching re-solves
+  // after every bound change).
+  if (event == 3 || event == 4 || event == 5 || (event >= 12 && event <= 14) || event == 58)
+    dual_carrynorms(e, p);
   s->normsok = 0;
   s->bready = 0;
 }

@@ -115,7 +115,8 @@ TEST_F(StoreTest, DualNormsCarryABasisIntoAFreshLoad) {
   EXPECT_GE(solved, 5);
 }
 
-// A row added and deleted again keeps the steepest-edge norms of the rest:
+// A bound change keeps the steepest-edge norms, and a row added and deleted
+// again keeps those of the rest:
 // the norms stay exact (checked against a dense inverse), only the new
 // row's norm is computed, and the re-solves start without the full
 // computation of all norms.
@@ -138,6 +139,20 @@ TEST_F(StoreTest, DualNormsOutliveRowsAddedAndDeleted) {
     int len = 0;
     ASSERT_EQ(VLTgetdnorms(env, lp, nn.data(), hh.data(), &len), 0);
     if (*std::max_element(hh.begin(), hh.begin() + m) < 0) continue;  // all logicals
+    // A bound change (here to the same value) keeps the basis and its norms.
+    {
+      int j = 0;
+      char lu = 'U';
+      double ub = 0;
+      ASSERT_EQ(VLTgetub(env, lp, &ub, 0, 0), 0);
+      ASSERT_EQ(VLTchgbds(env, lp, 1, &j, &lu, &ub), 0);
+      ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 1), 0);
+      log.text.clear();
+      ASSERT_EQ(VLTdualopt(env, lp), 0);
+      ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0), 0);
+      EXPECT_EQ(VLTgetitcnt(env, lp), 0);
+      EXPECT_EQ(log.text, "Reinitializing dual norms . . .\n");
+    }
     // A row that the optimum leaves slack.
     int ind[] = {0, 1};
     double val[] = {1.0, 1.0}, rhs = 1e6;
