@@ -171,7 +171,7 @@ void dropstate(env *e, lp *p, int event) {
   if (a & aStat) p->lpstat = 0;
   // Rows or columns come or go: the basis of the rest outlives the solution
   // record as the next start.
-  if ((event >= 17 && event <= 20) || (event >= 29 && event <= 32)) {
+  if ((event >= 17 && event <= 20) || (event >= 28 && event <= 32)) {
     carrybasis(p);
     if (p->dual && g_layerops[kLayerDual].carry) g_layerops[kLayerDual].carry(e, p);
   }
