@@ -171,9 +171,11 @@ void dropstate(env *e, lp *p, int event) {
   if (a & aStat) p->lpstat = 0;
   // Rows or columns come or go: the basis of the rest outlives the solution
   // record as the next start.
-  if ((event >= 17 && event <= 20) || (event >= 28 && event <= 32)) {
+  // A changed sense or matrix entry keeps the basis as a start too; the
+  // norms only where the basis matrix of the rest is unchanged.
+  if ((event >= 17 && event <= 20) || (event >= 28 && event <= 34)) {
     carrybasis(p);
-    if (p->dual && g_layerops[kLayerDual].carry) g_layerops[kLayerDual].carry(e, p);
+    if (event <= 32 && p->dual && g_layerops[kLayerDual].carry) g_layerops[kLayerDual].carry(e, p);
   }
   if (a & aMip) {
     if (g_layerops[kLayerMip].mark) marklayer(e, p, kLayerMip, event);

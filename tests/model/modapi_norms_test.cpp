@@ -227,3 +227,43 @@ TEST_F(StoreTest, AnAddedColumnKeepsTheBasisOfTheOthers) {
   }
   EXPECT_GE(checked, 5);
 }
+
+// A matrix entry of a basic column or a row sense set again to its value
+// drops the solution record; its basis stays as the start, and the re-solve
+// takes 0 iterations.
+TEST_F(StoreTest, CoefficientAndSenseChangesKeepTheBasisAsAStart) {
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_PREIND, 0), 0);
+  int checked = 0;
+  for (int seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE(seed);
+    loadmodel(env, lp, seed);
+    ASSERT_EQ(VLTdualopt(env, lp), 0);
+    if (VLTgetstat(env, lp) != 1) continue;
+    const int m = VLTgetnumrows(env, lp), n = VLTgetnumcols(env, lp);
+    std::vector<int> cs(n), rs(m);
+    ASSERT_EQ(VLTgetbase(env, lp, cs.data(), rs.data()), 0);
+    int j = 0;
+    while (j < n && cs[j] != 1) ++j;
+    if (j == n) continue;
+    int nz = 0, beg = 0, surplus = 0;
+    std::vector<int> ind(m);
+    std::vector<double> val(m);
+    ASSERT_EQ(VLTgetcols(env, lp, &nz, &beg, ind.data(), val.data(), m, &surplus, j, j), 0);
+    if (nz == 0) continue;
+    ASSERT_EQ(VLTchgcoef(env, lp, ind[0], j, val[0]), 0);
+    ASSERT_EQ(VLTdualopt(env, lp), 0);
+    EXPECT_EQ(VLTgetstat(env, lp), 1);
+    EXPECT_EQ(VLTgetitcnt(env, lp), 0);
+    char sense = 0;
+    int row = 0;
+    ASSERT_EQ(VLTgetsense(env, lp, &sense, 0, 0), 0);
+    if (sense != 'R') {
+      ASSERT_EQ(VLTchgsense(env, lp, 1, &row, &sense), 0);
+      ASSERT_EQ(VLTprimopt(env, lp), 0);
+      EXPECT_EQ(VLTgetstat(env, lp), 1);
+      EXPECT_EQ(VLTgetitcnt(env, lp), 0);
+    }
+    ++checked;
+  }
+  EXPECT_GE(checked, 5);
+}
