@@ -335,6 +335,7 @@ VLTAPI int VLTcopylpwnames(VLTENVptr env, VLTLPptr lp, int numcols, int numrows,
                            char **rowname);
 VLTAPI int VLTcopyobjname(VLTENVptr env, VLTLPptr lp, const char *objname);
 VLTAPI VLTLPptr VLTcloneprob(VLTENVptr env, VLTLPptr lp, int *status_p);
+VLTAPI int VLTunscaleprob(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTcompletelp(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetprobtype(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTcopyctype(VLTENVptr env, VLTLPptr lp, const char *ctype);
@@ -514,6 +515,7 @@ VLTAPI int VLTgetbhead(VLTENVptr env, VLTLPptr lp, int *head, double *x);
 VLTAPI int VLTbinvcol(VLTENVptr env, VLTLPptr lp, int j, double *x);
 VLTAPI int VLTbinvrow(VLTENVptr env, VLTLPptr lp, int i, double *y);
 VLTAPI int VLTbinvacol(VLTENVptr env, VLTLPptr lp, int j, double *x);
+VLTAPI int VLTgetgrad(VLTENVptr env, VLTLPptr lp, int j, int *head, double *y);
 VLTAPI int VLTbinvarow(VLTENVptr env, VLTLPptr lp, int i, double *z);
 VLTAPI int VLTftran(VLTENVptr env, VLTLPptr lp, double *x);
 VLTAPI int VLTbtran(VLTENVptr env, VLTLPptr lp, double *y);

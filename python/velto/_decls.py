@@ -313,6 +313,10 @@ FUNCTIONS = (
         ('VLTLPptr', 'lp'),
         ('int*', 'status_p'),
     )),
+    ('VLTunscaleprob', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+    )),
     ('VLTcompletelp', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
@@ -997,6 +1001,13 @@ FUNCTIONS = (
         ('VLTLPptr', 'lp'),
         ('int', 'j'),
         ('double*', 'x'),
+    )),
+    ('VLTgetgrad', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+        ('int', 'j'),
+        ('int*', 'head'),
+        ('double*', 'y'),
     )),
     ('VLTbinvarow', 'int', (
         ('VLTENVptr', 'env'),

@@ -267,3 +267,33 @@ TEST_F(StoreTest, CoefficientAndSenseChangesKeepTheBasisAsAStart) {
   }
   EXPECT_GE(checked, 5);
 }
+
+// VLTunscaleprob on a model that holds the user's numbers changes nothing:
+// the numbers, the basis and the norms stay, and a re-solve is silent with
+// 0 iterations (the cut loop calls it before every batch of rows).
+TEST_F(StoreTest, UnscaleKeepsAModelInUserNumbersAsItIs) {
+  EXPECT_EQ(VLTunscaleprob(nullptr, lp), 1002);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_PREIND, 0), 0);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_DPRIIND, 2), 0);
+  for (int seed = 1; seed < 20; ++seed) {
+    loadmodel(env, lp, seed);
+    ASSERT_EQ(VLTdualopt(env, lp), 0);
+    if (VLTgetstat(env, lp) == 1) break;
+  }
+  ASSERT_EQ(VLTgetstat(env, lp), 1);
+  const int n = VLTgetnumcols(env, lp);
+  std::vector<double> before(n), after(n);
+  ASSERT_EQ(VLTgetobj(env, lp, before.data(), 0, n - 1), 0);
+  ASSERT_EQ(VLTunscaleprob(env, lp), 0);
+  ASSERT_EQ(VLTgetobj(env, lp, after.data(), 0, n - 1), 0);
+  EXPECT_EQ(before, after);
+  EXPECT_EQ(VLTgetstat(env, lp), 1);
+  VLTCHANNELptr res, warn, err, logc;
+  ASSERT_EQ(VLTgetchannels(env, &res, &warn, &err, &logc), 0);
+  Captured log;
+  ASSERT_EQ(VLTaddfuncdest(env, res, &log, Captured::sink), 0);
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 1), 0);
+  ASSERT_EQ(VLTdualopt(env, lp), 0);
+  EXPECT_EQ(VLTgetitcnt(env, lp), 0);
+  EXPECT_EQ(log.text, "");
+}
