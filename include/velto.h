@@ -503,6 +503,27 @@ VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *
                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+/* text model files into arrays (VLTlpread reads standard input for a null
+ * name; integer and quadratic data are dropped with a warning), and the
+ * set-partitioning form; released with VLTfree */
+VLTAPI int VLTmpsread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+VLTAPI int VLTlpread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                     int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                     int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                     double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                     char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+VLTAPI int VLTparread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+/* vector files: a primal and dual point by names */
+VLTAPI int VLTvecwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTreadcopyvec(VLTENVptr env, VLTLPptr lp, const char *filename);
 
 /* ------------------------------------------------------------------------
  * Optimizers
