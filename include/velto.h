@@ -479,6 +479,10 @@ VLTAPI int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename,
                            const char *filetype);
 VLTAPI int VLTwriteprob(VLTENVptr env, VLTLPptr lp, const char *filename,
                         const char *filetype);
+/* the dual of a linear program in MPS form; *objshift_p gets the shift of
+ * the fixed columns taken out (the file's minimum is objshift - objsen x
+ * the primal optimum) */
+VLTAPI int VLTdualwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double *objshift_p);
 VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);

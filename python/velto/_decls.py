@@ -870,6 +870,12 @@ FUNCTIONS = (
         ('const char*', 'filename'),
         ('const char*', 'filetype'),
     )),
+    ('VLTdualwrite', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+        ('const char*', 'filename'),
+        ('double*', 'objshift_p'),
+    )),
     ('VLTmpswrite', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),

@@ -160,8 +160,6 @@ int loadfilemodel(env *e, lp *p, filemodel &m, const char *filename) {
   return handover(e, p, m, filename);
 }
 
-namespace {
-
 // Plain arrays of a problem, in the user's units.
 void extract(lp *p, filemodel &m, bool withnames) {
   lpcore *c = p->core;
@@ -203,6 +201,8 @@ void extract(lp *p, filemodel &m, bool withnames) {
   if (withnames && c->rowname != nullptr)
     for (int i = 0; i < r; ++i) m.rownames.add(c->rowname[i] ? c->rowname[i] : "");
 }
+
+namespace {
 
 int readcopy(env *e, lp *p, const char *name, const char *type) {
   filekind kind = kKindNone;

@@ -157,6 +157,8 @@ int modelout_fill(const filemodel &m, const modelout &o);
 // which name and returns 1003 (the file is not opened).
 int checkwritenames(env *e, const filemodel &m, bool lp);
 int mpswritefile(env *e, const char *name, const filemodel &m);
+// Plain arrays of a problem in the user's units (names when asked).
+void extract(::velto_lp *p, filemodel &m, bool withnames);
 int lpwritefile(env *e, const char *name, const filemodel &m);
 
 // Formats a number for the MPS writer: at most 12 characters.

@@ -384,3 +384,82 @@ TEST_F(FileTest, ArrayReadersOfTheTextForms) {
                        &rg, nullptr, nullptr, nullptr, nullptr),
             1421);
 }
+
+// The dual file of a linear program, read and solved, has the minimum
+// shift - objsen x (the primal's optimum), with fixed columns taken out
+// into the shift; ranged rows, free and boxed columns all take part.
+TEST_F(FileTest, DualFileSolvesToThePrimalOptimum) {
+  VLTsetintparam(env_, VLT_PARAM_PREIND, 0);
+  int checked = 0, shifted = 0;
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    SCOPED_TRACE(seed);
+    namedmodel(env_, lp_, seed);
+    if (seed % 3 == 0) {  // one column fixed at 1
+      int j = 0;
+      char lu = 'B';
+      double v = 1.0;
+      ASSERT_EQ(VLTchgbds(env_, lp_, 1, &j, &lu, &v), 0);
+    }
+    if (seed % 2 == 0) VLTchgobjsen(env_, lp_, -1);
+    ASSERT_EQ(VLTprimopt(env_, lp_), 0);
+    if (VLTgetstat(env_, lp_) != 1) continue;
+    double z = 0, shift = -1;
+    VLTgetobjval(env_, lp_, &z);
+    const std::string f = path(cat("d", seed, ".mps"));
+    ASSERT_EQ(VLTdualwrite(env_, lp_, f.c_str(), &shift), 0) << err_;
+    std::ifstream in(f);
+    std::string first;
+    std::getline(in, first);
+    if (shift != 0.0) {
+      char want[96];
+      std::snprintf(want, sizeof want, "NAME          test.dual (objshift = %18.10e)", shift);
+      EXPECT_EQ(first, want);
+      ++shifted;
+    } else {
+      EXPECT_EQ(first, "NAME          test.dual");
+    }
+    VLTLPptr dual = VLTcreateprob(env_, nullptr, "dual");
+    ASSERT_EQ(VLTreadcopyprob(env_, dual, f.c_str(), nullptr), 0) << err_;
+    ASSERT_EQ(VLTdualopt(env_, dual), 0);
+    ASSERT_EQ(VLTgetstat(env_, dual), 1);
+    double zd = 0;
+    VLTgetobjval(env_, dual, &zd);
+    // The file's numbers hold at most 12 characters: the dual's data are the
+    // primal's rounded to about 10 digits.
+    EXPECT_NEAR(zd, shift - VLTgetobjsen(env_, lp_) * z, 1e-6 * std::max(1.0, std::fabs(z)));
+    VLTfreeprob(env_, &dual);
+    ++checked;
+  }
+  EXPECT_GE(checked, 10);
+  EXPECT_GE(shifted, 2);
+  EXPECT_EQ(warn_, "");
+  // Statuses: no file name, an integer model, no names.
+  clearlogs();
+  double shift = 0;
+  EXPECT_EQ(VLTdualwrite(env_, lp_, "", &shift), 1421);
+  char ct[] = "I";
+  int j = 0;
+  ASSERT_EQ(VLTchgctype(env_, lp_, 1, &j, ct), 0);
+  EXPECT_EQ(VLTdualwrite(env_, lp_, path("mip.mps").c_str(), &shift), 1017);
+  EXPECT_EQ(err_, "VELTO Error  1421: File name not specified.\n"
+                  "VELTO Error  1017: Not available for mixed-integer programs.\n");
+  VLTLPptr bare = VLTcreateprob(env_, nullptr, "bare");
+  double obj = 1, lb = 0, ub = 2, rhs = 1, val = 1;
+  int beg = 0;
+  char sense = 'G';
+  ASSERT_EQ(VLTnewcols(env_, bare, 1, &obj, &lb, &ub, nullptr, nullptr), 0);
+  ASSERT_EQ(VLTaddrows(env_, bare, 0, 1, 1, &rhs, &sense, &beg, &j, &val, nullptr, nullptr), 0);
+  clearlogs();
+  ASSERT_EQ(VLTdualwrite(env_, bare, path("bare.mps").c_str(), &shift), 0);
+  EXPECT_EQ(warn_, "Default variable names c1, c2 ... being created.\n"
+                   "Default row names x1, x2 ... being created.\n");
+  // min x, x >= 1, 0 <= x <= 2: max y + 2 w, y + w <= 1, y >= 0, w <= 0,
+  // written negated.
+  EXPECT_EQ(slurp(path("bare.mps")),
+            "NAME          bare.dual\nROWS\n N  obj\n L  c1\nCOLUMNS\n"
+            "    x1        obj                 -1   c1                   1\n"
+            "    u1        obj                 -2   c1                   1\n"
+            "RHS\n    rhs       c1                   1\n"
+            "BOUNDS\n MI bnd       u1\n UP bnd       u1                   0\nENDATA\n");
+  VLTfreeprob(env_, &bare);
+}
