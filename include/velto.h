@@ -498,6 +498,20 @@ VLTAPI int VLTpperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double
 VLTAPI int VLTdperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double epsilon);
 /* solution reports: text ("TXT") and binary ("BIN") */
 VLTAPI int VLTwritesol(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype);
+/* The walker of the solution reports: header, rowsection, entry per row
+ * (the objective row first, numbered 1), endsection, colsection, entry per
+ * column, endsection; an absent limit is +-1.01e75; marker is ' ' or 'A'
+ * (alternative optimum).  Null operations are skipped. */
+typedef void (*VLTSOLHEADFUNC)(void *handle, const char *probname, const char *objname,
+                               double objval, int lpstat, int pfeas, int iterations, int objsen,
+                               int rows, int cols);
+typedef void (*VLTSOLSECTFUNC)(void *handle);
+typedef void (*VLTSOLENTRYFUNC)(void *handle, char marker, int number, const char *name,
+                                const char *status, double activity, double second,
+                                double lower, double upper, double dual);
+VLTAPI int VLTsolwrite(VLTENVptr env, VLTLPptr lp, VLTSOLHEADFUNC header,
+                       VLTSOLSECTFUNC rowsection, VLTSOLSECTFUNC colsection,
+                       VLTSOLENTRYFUNC entry, VLTSOLSECTFUNC endsection, void *handle);
 VLTAPI int VLTtxtsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTbinsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 /* binary model files; the arrays of VLTsavread are released with VLTfree */

@@ -16,6 +16,9 @@ CALLBACKS = {
     'VLTMSGFUNC': ('void', ('void*', 'const char*')),
     'VLTCALLBACKFUNC': ('int', ('VLTCENVptr', 'void*', 'int', 'void*')),
     'VLTNAMEFUNC': ('const char*', ('void*', 'int')),
+    'VLTSOLHEADFUNC': ('void', ('void*', 'const char*', 'const char*', 'double', 'int', 'int', 'int', 'int', 'int', 'int')),
+    'VLTSOLSECTFUNC': ('void', ('void*',)),
+    'VLTSOLENTRYFUNC': ('void', ('void*', 'char', 'int', 'const char*', 'const char*', 'double', 'double', 'double', 'double', 'double')),
 }
 
 # (name, return type, ((argument type, argument name), ...))
@@ -935,6 +938,16 @@ FUNCTIONS = (
         ('VLTLPptr', 'lp'),
         ('const char*', 'filename'),
         ('const char*', 'filetype'),
+    )),
+    ('VLTsolwrite', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+        ('VLTSOLHEADFUNC', 'header'),
+        ('VLTSOLSECTFUNC', 'rowsection'),
+        ('VLTSOLSECTFUNC', 'colsection'),
+        ('VLTSOLENTRYFUNC', 'entry'),
+        ('VLTSOLSECTFUNC', 'endsection'),
+        ('void*', 'handle'),
     )),
     ('VLTtxtsolwrite', 'int', (
         ('VLTENVptr', 'env'),
