@@ -8,6 +8,7 @@
 #include "env/callback.h"
 #include "env/files.h"
 #include "env/par.h"
+#include "model/lpcomp.h"
 #include "model/store.h"
 #include "presolve/presolve.h"
 
@@ -400,7 +401,10 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   int redit = 0, redp1 = 0;
   if (r->redlp) {
     lim.give(0);
+    // The full model waits packed while the reduced problem is solved.
+    modelpack pack(e, p, pb->precompress == 1);
     st = kernel(e, r->redlp);
+    if (const int x = pack.expand()) return x;
     if (st == kNoMemory) st = 0;
     if (st) {
       presolve_free(e, p);
