@@ -234,18 +234,9 @@ int parreadfp(env *e, FILE *fp, filemodel &m) {
       hd[0] != std::floor(hd[0]) || hd[1] != std::floor(hd[1]))
     return fileerror(e, 1526);
   const int rows = static_cast<int>(hd[0]), cols = static_cast<int>(hd[1]);
-  m.numrows = rows;
-  m.numcols = cols;
   m.objsen = 1;
-  m.rhs.assign(rows, 1.0);
-  m.sense.assign(rows, 'E');
-  m.obj.assign(cols, 0.0);
-  m.lb.assign(cols, 0.0);
-  m.ub.assign(cols, 1.0);
-  m.ctype.assign(cols, 'B');
-  m.matbeg.assign(cols, 0);
-  m.matcnt.assign(cols, 0);
-  std::vector<int> seen(rows, -1);
+  // Arrays grow with the data read, never with the header's word alone.
+  std::vector<int> colrows;
   const int expected = 2 * cols + 1;
   for (int j = 0; j < cols; ++j) {
     line = in.next(&len);
@@ -257,13 +248,14 @@ int parreadfp(env *e, FILE *fp, filemodel &m) {
     if (s == 0) s = parfield(e, line, 7, 3, lineno, &cnt);
     if (s) return s;
     if (cnt < 0 || cnt > rows || cnt != std::floor(cnt)) return fileerror(e, 1528, lineno);
-    m.obj[j] = cost;
+    m.obj.push_back(cost);
     line = in.next(&len);
     if (line == nullptr) return fileerror(e, 1527, lineno, expected);
     ++lineno;
     const int k = static_cast<int>(cnt);
     if (len < 4 * static_cast<size_t>(k)) return fileerror(e, 1528, lineno);
-    m.matbeg[j] = static_cast<int>(m.matind.size());
+    m.matbeg.push_back(static_cast<int>(m.matind.size()));
+    colrows.clear();
     for (int q = 0; q < k; ++q) {
       double r;
       s = parfield(e, line, 4 * q, 4, lineno, &r);
@@ -271,14 +263,25 @@ int parreadfp(env *e, FILE *fp, filemodel &m) {
       const std::string tok = std::to_string(static_cast<long long>(r));
       if (r < 1 || r > rows || r != std::floor(r)) return fileerror(e, 1448, lineno, tok.c_str());
       const int i = static_cast<int>(r) - 1;
-      if (seen[i] == j) return fileerror(e, 1447, lineno, "Row", tok.c_str());
-      seen[i] = j;
+      for (int seen : colrows)
+        if (seen == i) return fileerror(e, 1447, lineno, "Row", tok.c_str());
+      colrows.push_back(i);
       m.matind.push_back(i);
       m.matval.push_back(1.0);
     }
-    m.matcnt[j] = k;
+    m.matcnt.push_back(k);
   }
   if (in.failed()) return fileerror(e, 1423, "");
+  // Every row of a partitioning needs a column that covers it: a header
+  // that claims far more rows than the columns hold entries is damaged.
+  if (static_cast<int64_t>(rows) > static_cast<int64_t>(m.matind.size()) + 1000) return fileerror(e, 1526);
+  m.numrows = rows;
+  m.numcols = cols;
+  m.rhs.assign(rows, 1.0);
+  m.sense.assign(rows, 'E');
+  m.lb.assign(cols, 0.0);
+  m.ub.assign(cols, 1.0);
+  m.ctype.assign(cols, 'B');
   return 0;
 }
 

@@ -157,6 +157,13 @@ int modelout_fill(const filemodel &m, const modelout &o);
 // which name and returns 1003 (the file is not opened).
 int checkwritenames(env *e, const filemodel &m, bool lp);
 int mpswritefile(env *e, const char *name, const filemodel &m);
+// Basis file of p's model with the statuses cs/rs (those of VLTgetbase);
+// itcnt < 0 leaves the iteration count and sizes off the NAME line.
+int writebasisfile(env *e, ::velto_lp *p, const char *name, const int *cs, const int *rs, int itcnt);
+// The restart file "<problem name>.xxx" loaded as the start: 0, or a
+// private code above 2000 (sizes or names that do not fit, no such file);
+// the results channel tells which.
+int readrestart(env *e, ::velto_lp *p);
 // Plain arrays of a problem in the user's units (names when asked).
 void extract(::velto_lp *p, filemodel &m, bool withnames);
 int lpwritefile(env *e, const char *name, const filemodel &m);

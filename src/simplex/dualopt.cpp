@@ -7,6 +7,7 @@
 
 #include "env/files.h"
 #include "env/par.h"
+#include "fileio/rwutil.h"
 #include "model/lp.h"
 #include "model/store.h"
 #include "presolve/presolve.h"
@@ -202,7 +203,27 @@ struct logctx {
   env *e;
   const lp *p;
   const std::vector<int> *rowslack;
+  int lastwrite = 0;  // iteration count of the last restart file
 };
+
+// The restart file "<problem name>.xxx" at every multiple of
+// VLT_PARAM_BASINTERVAL iterations, from the engine's basis.
+void writerestart(logctx &l, const dualengine &g) {
+  lp *p = const_cast<lp *>(l.p);
+  const lpcore *c = p->core;
+  if (c->probname == nullptr) return;
+  const int n = c->numcols, m = c->numrows;
+  std::vector<int> cs(n), rs(m);
+  for (int j = 0; j < n; ++j) cs[j] = g.status[j];
+  for (int i = 0; i < m; ++i) {
+    const int st = g.status[c->totcols + i];
+    rs[i] = st == 1 ? 1 : st == 2 ? 2 : 0;
+  }
+  for (int k = c->numcols; k < c->totcols; ++k) rs[c->matind[c->matbeg[k]]] = g.status[k];
+  const std::string name = std::string(c->probname) + ".xxx";
+  if (writebasisfile(l.e, p, name.c_str(), cs.data(), rs.data(), g.itcnt) == 0)
+    msg(l.e->reschannel, "Basis written to file '%s'.\n", name.c_str());
+}
 
 // A column's name right-aligned in 23 characters; a row's in 17 followed by
 // " range" for its range column, " slack" for its slack, " artif" for the
@@ -398,6 +419,14 @@ int dual_optimize(env *e, lp *p) {
   logctx lc{e, p, &rowslack};
   o.progress = [](void *ctx, cbprogress &pr) {
     logctx *l = static_cast<logctx *>(ctx);
+    // Restart files only under VLT_PARAM_XXXIND: a long run on a model read
+    // from a shared folder leaves nothing there by default.
+    const int every = l->e->params->basinterval;
+    if (l->e->params->xxxind && pr.itcnt > 0 && pr.itcnt % every == 0 &&
+        pr.itcnt != l->lastwrite && pr.objctx) {
+      l->lastwrite = pr.itcnt;
+      writerestart(*l, *static_cast<const dualengine *>(pr.objctx));
+    }
     return lpcallback(l->e, const_cast<lp *>(l->p), pr);
   };
   o.progctx = &lc;

@@ -318,6 +318,9 @@ TEST_F(FileTest, SetPartitioningFile) {
        "VELTO Error  1447: Line 3: Row '1' repeats.\n"},
       {"        3        x        2\n", 1434,
        "VELTO Error  1434: Line 1: Couldn't convert 'x' to a number.\n"},
+      // Far more rows than the columns could cover: a damaged header.
+      {"  5000000        1        1\n    2.5  1\n   1\n", 1526,
+       "VELTO Error  1526: Not enough data in header.\n"},
   };
   for (const auto &b : bad) {
     SCOPED_TRACE(b.text);
@@ -462,4 +465,68 @@ TEST_F(FileTest, DualFileSolvesToThePrimalOptimum) {
             "RHS\n    rhs       c1                   1\n"
             "BOUNDS\n MI bnd       u1\n UP bnd       u1                   0\nENDATA\n");
   VLTfreeprob(env_, &bare);
+}
+
+// Restart files under VLT_PARAM_XXXIND: the dual writes "<problem>.xxx"
+// at every multiple of VLT_PARAM_BASINTERVAL iterations, and a run on a
+// fresh load of the same model starts from it; a file of other sizes is
+// refused.  Without the switch nothing is written.
+TEST_F(FileTest, RestartFileWrittenAndLoaded) {
+  VLTsetintparam(env_, VLT_PARAM_PREIND, 0);
+  const std::string base = path("restart");
+  int tried = 0;
+  for (unsigned seed = 1; seed <= 40 && tried < 3; ++seed) {
+    SCOPED_TRACE(seed);
+    namedmodel(env_, lp_, seed);
+    ASSERT_EQ(VLTchgprobname(env_, lp_, base.c_str()), 0);
+    VLTsetintparam(env_, VLT_PARAM_XXXIND, 0);
+    ASSERT_EQ(VLTdualopt(env_, lp_), 0);
+    if (VLTgetstat(env_, lp_) != 1 || VLTgetitcnt(env_, lp_) < 2) continue;
+    EXPECT_FALSE(std::filesystem::exists(base + ".xxx"));
+    ++tried;
+    const int it = VLTgetitcnt(env_, lp_);
+    double z = 0;
+    VLTgetobjval(env_, lp_, &z);
+    // Again from the logicals, writing at every iteration.
+    namedmodel(env_, lp_, seed);
+    ASSERT_EQ(VLTchgprobname(env_, lp_, base.c_str()), 0);
+    VLTsetintparam(env_, VLT_PARAM_XXXIND, 1);
+    VLTsetintparam(env_, VLT_PARAM_BASINTERVAL, 1);
+    clearlogs();
+    ASSERT_EQ(VLTdualopt(env_, lp_), 0);
+    EXPECT_EQ(out_.rfind("Load of restart from file failed.\n", 0), 0u) << out_;
+    EXPECT_NE(out_.find("Basis written to file '" + base + ".xxx'.\n"), std::string::npos);
+    ASSERT_TRUE(std::filesystem::exists(base + ".xxx"));
+    VLTsetintparam(env_, VLT_PARAM_BASINTERVAL, 1000000);
+    VLTLPptr fresh = VLTcreateprob(env_, nullptr, "fresh");
+    namedmodel(env_, fresh, seed);
+    ASSERT_EQ(VLTchgprobname(env_, fresh, base.c_str()), 0);
+    VLTsetintparam(env_, VLT_PARAM_ADVIND, 0);
+    clearlogs();
+    ASSERT_EQ(VLTdualopt(env_, fresh), 0);
+    VLTsetintparam(env_, VLT_PARAM_ADVIND, 1);
+    EXPECT_EQ(out_.rfind("Load of restart from file succeeded.\n", 0), 0u) << out_;
+    EXPECT_EQ(VLTgetstat(env_, fresh), 1);
+    EXPECT_LT(VLTgetitcnt(env_, fresh), it);
+    double z2 = 0;
+    VLTgetobjval(env_, fresh, &z2);
+    EXPECT_NEAR(z2, z, 1e-9 * std::max(1.0, std::fabs(z)));
+    // A model of other sizes refuses the file.
+    VLTLPptr other = VLTcreateprob(env_, nullptr, "other");
+    namedmodel(env_, other, seed + 100);
+    ASSERT_EQ(VLTchgprobname(env_, other, base.c_str()), 0);
+    if (VLTgetnumrows(env_, other) != VLTgetnumrows(env_, fresh) ||
+        VLTgetnumcols(env_, other) != VLTgetnumcols(env_, fresh)) {
+      clearlogs();
+      VLTsetintparam(env_, VLT_PARAM_ADVIND, 0);
+      ASSERT_EQ(VLTdualopt(env_, other), 0);
+      VLTsetintparam(env_, VLT_PARAM_ADVIND, 1);
+      EXPECT_EQ(out_.rfind("Load of restart from file failed.\n", 0), 0u) << out_;
+    }
+    VLTfreeprob(env_, &other);
+    VLTfreeprob(env_, &fresh);
+    std::filesystem::remove(base + ".xxx");
+  }
+  EXPECT_EQ(tried, 3);
+  VLTsetintparam(env_, VLT_PARAM_XXXIND, 0);
 }
