@@ -260,11 +260,12 @@ int parreadfp(env *e, FILE *fp, filemodel &m) {
       double r;
       s = parfield(e, line, 4 * q, 4, lineno, &r);
       if (s) return s;
-      const std::string tok = std::to_string(static_cast<long long>(r));
-      if (r < 1 || r > rows || r != std::floor(r)) return fileerror(e, 1448, lineno, tok.c_str());
+      char tok[32];
+      std::snprintf(tok, sizeof tok, "%.15g", r);
+      if (r < 1 || r > rows || r != std::floor(r)) return fileerror(e, 1448, lineno, tok);
       const int i = static_cast<int>(r) - 1;
       for (int seen : colrows)
-        if (seen == i) return fileerror(e, 1447, lineno, "Row", tok.c_str());
+        if (seen == i) return fileerror(e, 1447, lineno, "Row", tok);
       colrows.push_back(i);
       m.matind.push_back(i);
       m.matval.push_back(1.0);

@@ -114,7 +114,9 @@ TEST(BinvCalls, AgreeWithDenseInverseOfTheReportedBasis) {
         EXPECT_NEAR(v[k], want, 1e-9);
         EXPECT_NEAR(grad[k], want, 1e-9);
       }
-      if (j % 2) EXPECT_EQ(ghead, head);
+      if (j % 2) {
+        EXPECT_EQ(ghead, head);
+      }
     }
     // Solves with an arbitrary right side.
     std::vector<double> r(m), y(m);
