@@ -85,10 +85,8 @@ TEST_F(StoreTest, PresolvedRunWithThePackedModel) {
   repetitive(env, other, 60, 200);
   ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_PRECOMPRESS, 1), 0);
   ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 1), 0);
-  VLTCHANNELptr res, warn, err, logc;
-  ASSERT_EQ(VLTgetchannels(env, &res, &warn, &err, &logc), 0);
   Captured log;
-  ASSERT_EQ(VLTaddfuncdest(env, res, &log, Captured::sink), 0);
+  capturelog(log);
   ASSERT_EQ(VLTdualopt(env, other), 0);
   EXPECT_EQ(VLTgetstat(env, other), 1);
   VLTgetobjval(env, other, &z1);
