@@ -467,7 +467,7 @@ TEST_F(FileTest, DualFileSolvesToThePrimalOptimum) {
   VLTfreeprob(env_, &bare);
 }
 
-// Restart files under VLT_PARAM_XXXIND: the dual writes "<problem>.xxx"
+// Restart files under VLT_PARAM_XXXIND: both methods write "<problem>.xxx"
 // at every multiple of VLT_PARAM_BASINTERVAL iterations, and a run on a
 // fresh load of the same model starts from it; a file of other sizes is
 // refused.  Without the switch nothing is written.
@@ -493,7 +493,9 @@ TEST_F(FileTest, RestartFileWrittenAndLoaded) {
     VLTsetintparam(env_, VLT_PARAM_XXXIND, 1);
     VLTsetintparam(env_, VLT_PARAM_BASINTERVAL, 1);
     clearlogs();
-    ASSERT_EQ(VLTdualopt(env_, lp_), 0);
+    const bool primal = tried == 2;
+    ASSERT_EQ(primal ? VLTprimopt(env_, lp_) : VLTdualopt(env_, lp_), 0);
+    ASSERT_EQ(VLTgetstat(env_, lp_), 1);
     EXPECT_EQ(out_.rfind("Load of restart from file failed.\n", 0), 0u) << out_;
     EXPECT_NE(out_.find("Basis written to file '" + base + ".xxx'.\n"), std::string::npos);
     ASSERT_TRUE(std::filesystem::exists(base + ".xxx"));
@@ -503,11 +505,13 @@ TEST_F(FileTest, RestartFileWrittenAndLoaded) {
     ASSERT_EQ(VLTchgprobname(env_, fresh, base.c_str()), 0);
     VLTsetintparam(env_, VLT_PARAM_ADVIND, 0);
     clearlogs();
-    ASSERT_EQ(VLTdualopt(env_, fresh), 0);
+    ASSERT_EQ(primal ? VLTprimopt(env_, fresh) : VLTdualopt(env_, fresh), 0);
     VLTsetintparam(env_, VLT_PARAM_ADVIND, 1);
     EXPECT_EQ(out_.rfind("Load of restart from file succeeded.\n", 0), 0u) << out_;
     EXPECT_EQ(VLTgetstat(env_, fresh), 1);
-    EXPECT_LT(VLTgetitcnt(env_, fresh), it);
+    if (!primal) {
+      EXPECT_LT(VLTgetitcnt(env_, fresh), it);
+    }
     double z2 = 0;
     VLTgetobjval(env_, fresh, &z2);
     EXPECT_NEAR(z2, z, 1e-9 * std::max(1.0, std::fabs(z)));
