@@ -1,7 +1,9 @@
 // The cut loop's edit pattern: on a solved model of m rows, add one cut row,
 // re-solve with the dual, delete the row, re-solve.  Prints per cycle the
 // time of the edit calls alone and of the whole cycle, next to a solve of
-// the same model from scratch (the peer in the same run).
+// the same model from scratch (the peer in the same run); then the same for
+// a bound changed and put back, the pattern of branching.
+// CUT_DPRIIND=k runs with that dual pricing.
 //   cut_bench ROWS [CYCLES]
 #include <chrono>
 #include <cstdio>
@@ -52,6 +54,7 @@ int main(int argc, char **argv) {
   int st = 0;
   VLTENVptr env = VLTopenVELTO(&st);
   VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  if (const char *d = std::getenv("CUT_DPRIIND")) VLTsetintparam(env, VLT_PARAM_DPRIIND, std::atoi(d));
   VLTLPptr lp = VLTcreateprob(env, &st, "cut");
   std::mt19937 g(7);
   build(env, lp, m, g);
@@ -61,7 +64,7 @@ int main(int argc, char **argv) {
   const int n = VLTgetnumcols(env, lp);
   std::vector<double> x(n);
   double edit = 0.0, cycle = 0.0, adds = 0.0, dels = 0.0;
-  long iters = 0;
+  long iters = 0, additers = 0;
   for (int c = 0; c < cycles; ++c) {
     VLTgetx(env, lp, x.data(), 0, n - 1);
     // A cut over eight columns, cutting the present point where it can.
@@ -82,6 +85,7 @@ int main(int argc, char **argv) {
     double b = seconds();
     VLTdualopt(env, lp);
     iters += VLTgetitcnt(env, lp);
+    additers += VLTgetitcnt(env, lp);
     double d = seconds();
     VLTdelrows(env, lp, rows, rows);
     double e = seconds();
@@ -94,9 +98,36 @@ int main(int argc, char **argv) {
     cycle += f - a;
   }
   std::printf("rows %6d  scratch solve %8.4f s  per cycle: edits %9.6f s (add %9.6f, delete %9.6f)"
-              "  edits+2 re-solves %8.5f s  (%.1f iterations)  cycle/scratch %.4f\n",
+              "  edits+2 re-solves %8.5f s  (%.1f iterations, %.1f after the add)  cycle/scratch %.4f\n",
               m, scratch, edit / cycles, adds / cycles, dels / cycles, cycle / cycles,
-              static_cast<double>(iters) / cycles, cycle / cycles / scratch);
+              static_cast<double>(iters) / cycles,
+              static_cast<double>(additers) / cycles, cycle / cycles / scratch);
+  // The branching pattern on the same model: an upper bound of a column
+  // strictly inside its box halved, a re-solve, the bound back, a re-solve.
+  double branch = 0.0;
+  long biters = 0;
+  for (int c = 0; c < cycles; ++c) {
+    VLTgetx(env, lp, x.data(), 0, n - 1);
+    int j = -1;
+    for (int k = 0; k < n && j < 0; ++k) {
+      const int q = static_cast<int>((c * 7919L + k) % n);
+      if (x[q] > 1e-6 && x[q] < 10 - 1e-6) j = q;
+    }
+    if (j < 0) break;
+    double v = 0.5 * x[j];
+    char bt = 'U';
+    double a = seconds();
+    VLTchgbds(env, lp, 1, &j, &bt, &v);
+    VLTdualopt(env, lp);
+    biters += VLTgetitcnt(env, lp);
+    v = 10.0;
+    VLTchgbds(env, lp, 1, &j, &bt, &v);
+    VLTdualopt(env, lp);
+    biters += VLTgetitcnt(env, lp);
+    branch += seconds() - a;
+  }
+  std::printf("rows %6d  bound change and back, 2 re-solves %8.5f s  (%.1f iterations)  cycle/scratch %.4f\n",
+              m, branch / cycles, static_cast<double>(biters) / cycles, branch / cycles / scratch);
   VLTfreeprob(env, &lp);
   VLTcloseVELTO(&env);
   return 0;

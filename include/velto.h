@@ -335,6 +335,7 @@ VLTAPI int VLTcopylpwnames(VLTENVptr env, VLTLPptr lp, int numcols, int numrows,
                            char **rowname);
 VLTAPI int VLTcopyobjname(VLTENVptr env, VLTLPptr lp, const char *objname);
 VLTAPI VLTLPptr VLTcloneprob(VLTENVptr env, VLTLPptr lp, int *status_p);
+VLTAPI int VLTunscaleprob(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTcompletelp(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetprobtype(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTcopyctype(VLTENVptr env, VLTLPptr lp, const char *ctype);
@@ -478,6 +479,10 @@ VLTAPI int VLTreadcopyprob(VLTENVptr env, VLTLPptr lp, const char *filename,
                            const char *filetype);
 VLTAPI int VLTwriteprob(VLTENVptr env, VLTLPptr lp, const char *filename,
                         const char *filetype);
+/* the dual of a linear program in MPS form; *objshift_p gets the shift of
+ * the fixed columns taken out (the file's minimum is objshift - objsen x
+ * the primal optimum) */
+VLTAPI int VLTdualwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double *objshift_p);
 VLTAPI int VLTmpswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTmpsrewrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
@@ -493,6 +498,20 @@ VLTAPI int VLTpperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double
 VLTAPI int VLTdperwrite(VLTENVptr env, VLTLPptr lp, const char *filename, double epsilon);
 /* solution reports: text ("TXT") and binary ("BIN") */
 VLTAPI int VLTwritesol(VLTENVptr env, VLTLPptr lp, const char *filename, const char *filetype);
+/* The walker of the solution reports: header, rowsection, entry per row
+ * (the objective row first, numbered 1), endsection, colsection, entry per
+ * column, endsection; an absent limit is +-1.01e75; marker is ' ' or 'A'
+ * (alternative optimum).  Null operations are skipped. */
+typedef void (*VLTSOLHEADFUNC)(void *handle, const char *probname, const char *objname,
+                               double objval, int lpstat, int pfeas, int iterations, int objsen,
+                               int rows, int cols);
+typedef void (*VLTSOLSECTFUNC)(void *handle);
+typedef void (*VLTSOLENTRYFUNC)(void *handle, char marker, int number, const char *name,
+                                const char *status, double activity, double second,
+                                double lower, double upper, double dual);
+VLTAPI int VLTsolwrite(VLTENVptr env, VLTLPptr lp, VLTSOLHEADFUNC header,
+                       VLTSOLSECTFUNC rowsection, VLTSOLSECTFUNC colsection,
+                       VLTSOLENTRYFUNC entry, VLTSOLSECTFUNC endsection, void *handle);
 VLTAPI int VLTtxtsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTbinsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 /* binary model files; the arrays of VLTsavread are released with VLTfree */
@@ -502,6 +521,27 @@ VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *
                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+/* text model files into arrays (VLTlpread reads standard input for a null
+ * name; integer and quadratic data are dropped with a warning), and the
+ * set-partitioning form; released with VLTfree */
+VLTAPI int VLTmpsread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+VLTAPI int VLTlpread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                     int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                     int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                     double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                     char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+VLTAPI int VLTparread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+/* vector files: a primal and dual point by names */
+VLTAPI int VLTvecwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
+VLTAPI int VLTreadcopyvec(VLTENVptr env, VLTLPptr lp, const char *filename);
 
 /* ------------------------------------------------------------------------
  * Optimizers
@@ -514,6 +554,7 @@ VLTAPI int VLTgetbhead(VLTENVptr env, VLTLPptr lp, int *head, double *x);
 VLTAPI int VLTbinvcol(VLTENVptr env, VLTLPptr lp, int j, double *x);
 VLTAPI int VLTbinvrow(VLTENVptr env, VLTLPptr lp, int i, double *y);
 VLTAPI int VLTbinvacol(VLTENVptr env, VLTLPptr lp, int j, double *x);
+VLTAPI int VLTgetgrad(VLTENVptr env, VLTLPptr lp, int j, int *head, double *y);
 VLTAPI int VLTbinvarow(VLTENVptr env, VLTLPptr lp, int i, double *z);
 VLTAPI int VLTftran(VLTENVptr env, VLTLPptr lp, double *x);
 VLTAPI int VLTbtran(VLTENVptr env, VLTLPptr lp, double *y);

@@ -20,7 +20,12 @@ struct basread {
   int *cstat, *rstat;
   double *cval, *rval;  // may be null
   bool superok;
+  // The restart form: the NAME line's sizes must be the model's and every
+  // name must be known; a failure is a private code, without messages.
+  bool strict = false;
 };
+
+constexpr int kRestartSize = 2004, kRestartCol = 2005, kRestartRow = 2006;
 
 int readbasis(env *e, FILE *fp, char **colname, char **rowname, basread &b) {
   for (int j = 0; j < b.n; ++j) {
@@ -49,8 +54,17 @@ int readbasis(env *e, FILE *fp, char **colname, char **rowname, basread &b) {
     ++lineno;
     if (len == 0 || line[0] == '*') continue;
     if (!named) {
-      if (!ciprefix("NAME", line)) return fileerror(e, 1553, lineno);
+      if (!ciprefix("NAME", line)) return b.strict ? kRestartSize : fileerror(e, 1553, lineno);
       named = true;
+      if (b.strict) {
+        const auto f = splitfields(line, len);
+        int rows = -1, cols = -1;
+        for (size_t k = 0; k + 1 < f.size(); ++k) {
+          if (f[k] == "Rows") rows = std::atoi(std::string(f[k + 1]).c_str());
+          if (f[k] == "Cols") cols = std::atoi(std::string(f[k + 1]).c_str());
+        }
+        if (rows != b.m || cols != b.n) return kRestartSize;
+      }
       continue;
     }
     if (line[0] != ' ' && line[0] != '\t') {
@@ -78,6 +92,7 @@ int readbasis(env *e, FILE *fp, char **colname, char **rowname, basread &b) {
     if (rowone) {
       const int i = rt.find(f[1]);
       if (i < 0) {
+        if (b.strict) return kRestartRow;
         warn("Warning, line %d: '%.255s' is not a row.\n", lineno, f[1]);
         continue;
       }
@@ -87,12 +102,14 @@ int readbasis(env *e, FILE *fp, char **colname, char **rowname, basread &b) {
     }
     const int j = ct.find(f[1]);
     if (j < 0) {
+      if (b.strict) return kRestartCol;
       warn("Warning, line %d: '%.255s' is not a variable.\n", lineno, f[1]);
       continue;
     }
     if (two) {
       const int i = rt.find(f[2]);
       if (i < 0) {
+        if (b.strict) return kRestartRow;
         warn("Warning, line %d: '%.255s' is not a row.\n", lineno, f[2]);
         continue;
       }
@@ -111,19 +128,15 @@ int readbasis(env *e, FILE *fp, char **colname, char **rowname, basread &b) {
   return 0;
 }
 
-int mbasewrite(env *e, lp *p, const char *name) {
-  int status = queryframe(e, &p);
-  if (status) return status;
-  if (!basisexists(p)) return 1262;
-  if (name == nullptr || name[0] == '\0') return 1421;
+}  // namespace
+
+// Writes the basis cs/rs of p's model; itcnt < 0 gives the short NAME line.
+int writebasisfile(env *e, lp *p, const char *name, const int *cs, const int *rs, int itcnt) {
   const lpcore *c = p->core;
   const int n = c->numcols, m = c->numrows;
-  std::vector<int> cs(n), rs(m);
-  status = VLTgetbase(e, p, cs.data(), rs.data());
-  if (status) return -status;
   int basics = 0;
-  for (int v : cs) basics += v == 1;
-  for (int v : rs) basics += v == 1;
+  for (int j = 0; j < n; ++j) basics += cs[j] == 1;
+  for (int i = 0; i < m; ++i) basics += rs[i] == 1;
   if (basics < m) return fileerror(e, 1555, m - basics, "too few");
   if (basics > m) return fileerror(e, 1555, basics - m, "extra");
   if (c->colname == nullptr) msg(e->warnchannel, "Default variable names x1, x2 ... to be created.\n");
@@ -138,9 +151,8 @@ int mbasewrite(env *e, lp *p, const char *name) {
   FILE *fp = fileopenwrite(name, "w", 1);
   if (fp == nullptr) return fileerror(e, 1422, name);
   const char *prob = c->probname ? c->probname : "";
-  if (p->soln != nullptr)
-    std::fprintf(fp, "NAME          %.255s  Iterations %d  Rows %d  Cols %d\n", prob,
-                 p->soln->itcnt, m, n);
+  if (itcnt >= 0)
+    std::fprintf(fp, "NAME          %.255s  Iterations %d  Rows %d  Cols %d\n", prob, itcnt, m, n);
   else
     std::fprintf(fp, "NAME          %.255s\n", prob);
   int next = 0;
@@ -160,6 +172,22 @@ int mbasewrite(env *e, lp *p, const char *name) {
   if (fileclose(name, &fp) || bad) return fileerror(e, 1422, name);
   return 0;
 }
+
+namespace {
+
+int mbasewrite(env *e, lp *p, const char *name) {
+  int status = queryframe(e, &p);
+  if (status) return status;
+  if (!basisexists(p)) return 1262;
+  if (name == nullptr || name[0] == '\0') return 1421;
+  const lpcore *c = p->core;
+  std::vector<int> cs(c->numcols), rs(c->numrows);
+  status = VLTgetbase(e, p, cs.data(), rs.data());
+  if (status) return -status;
+  return writebasisfile(e, p, name, cs.data(), rs.data(), p->soln ? p->soln->itcnt : -1);
+}
+
+int loadbasis(env *e, lp *p, std::vector<int> &cs, std::vector<int> &rs);
 
 // The rows' statuses of a file in this model's terms: a row that is not
 // ranged has its slack at lower when it is nonbasic; columns sent to an
@@ -191,6 +219,38 @@ int readcopybase(env *e, lp *p, const char *name) {
   status = readbasis(e, fp, c->colname, c->rowname, b);
   fileclose(name, &fp);
   if (status) return status;
+  return loadbasis(e, p, cs, rs);
+}
+
+}  // namespace
+
+int readrestart(env *e, lp *p) {
+  const lpcore *c = p->core;
+  int status = 2004;
+  if ((c->numcols == 0 || c->colname != nullptr) && (c->numrows == 0 || c->rowname != nullptr) &&
+      c->probname != nullptr) {
+    const std::string name = std::string(c->probname) + ".xxx";
+    FILE *fp = std::fopen(name.c_str(), "r");
+    if (fp != nullptr) {
+      std::vector<int> cs(c->numcols), rs(c->numrows);
+      basread b{c->numcols, c->numrows, cs.data(), rs.data(), nullptr, nullptr, false};
+      b.strict = true;
+      status = readbasis(e, fp, c->colname, c->rowname, b);
+      std::fclose(fp);
+      if (status == 0) status = loadbasis(e, p, cs, rs);
+    }
+  }
+  msg(e->reschannel, status == 0 ? "Load of restart from file succeeded.\n"
+                                 : "Load of restart from file failed.\n");
+  return status;
+}
+
+namespace {
+
+// A basis read from a file loaded as the start, with the nonbasic columns'
+// values at their bounds.
+int loadbasis(env *e, lp *p, std::vector<int> &cs, std::vector<int> &rs) {
+  const lpcore *c = p->core;
   repair(c, cs.data(), rs.data());
   // Start values of the nonbasic columns at their bounds.
   std::vector<double> x(c->numcols, 0.0);
@@ -203,7 +263,7 @@ int readcopybase(env *e, lp *p, const char *name) {
     if (cs[j] == 0) x[j] = lb[j];
     else if (cs[j] == 2) x[j] = ub[j];
   }
-  status = VLTcopystart(e, p, cs.data(), rs.data(), x.data(), nullptr, nullptr, nullptr);
+  const int status = VLTcopystart(e, p, cs.data(), rs.data(), x.data(), nullptr, nullptr, nullptr);
   return status ? -status : 0;
 }
 

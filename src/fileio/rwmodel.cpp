@@ -160,8 +160,6 @@ int loadfilemodel(env *e, lp *p, filemodel &m, const char *filename) {
   return handover(e, p, m, filename);
 }
 
-namespace {
-
 // Plain arrays of a problem, in the user's units.
 void extract(lp *p, filemodel &m, bool withnames) {
   lpcore *c = p->core;
@@ -204,6 +202,8 @@ void extract(lp *p, filemodel &m, bool withnames) {
     for (int i = 0; i < r; ++i) m.rownames.add(c->rowname[i] ? c->rowname[i] : "");
 }
 
+namespace {
+
 int readcopy(env *e, lp *p, const char *name, const char *type) {
   filekind kind = kKindNone;
   if (type != nullptr) {
@@ -226,10 +226,37 @@ int readcopy(env *e, lp *p, const char *name, const char *type) {
     status = lpreadfile(e, name, m);
   else if (kind == kKindSAV)
     return savreadcopy(e, p, name);
+  else if (kind == kKindPAR)
+    status = parreadfile(e, name, m);
   else
-    return 1424;  // the set-partitioning and binary forms are read elsewhere
+    return 1424;
   if (status) return status;
   return handover(e, p, m, name);
+}
+
+// The exported readers that hand a plain linear model to the caller:
+// integer declarations and quadratic terms are dropped with a line each.
+int readout(env *e, const char *name, filekind kind, const modelout &o) {
+  int status = modelout_check(o);
+  if (status) return status;
+  filemodel m;
+  const bool fromstdin = kind == kKindLP && (name == nullptr || name[0] == '\0');
+  if (!fromstdin && (name == nullptr || name[0] == '\0')) return 1421;
+  if (fromstdin) status = lpreadfp(e, stdin, m);
+  else if (kind == kKindMPS) status = mpsreadfile(e, name, m);
+  else if (kind == kKindLP) status = lpreadfile(e, name, m);
+  else status = parreadfile(e, name, m);
+  if (status) return status;
+  const char *shown = fromstdin ? "<stdin>" : name;
+  if (kind != kKindPAR) {
+    if (!m.qval.empty())
+      msg(e->warnchannel, "Problem %s contains quadratic objective coefficients, ignored.\n", shown);
+    bool integer = !m.sostype.empty();
+    for (char t : m.ctype) integer |= t != 'C';
+    if (integer)
+      msg(e->warnchannel, "Problem %s contains integer variable declarations, ignored.\n", shown);
+  }
+  return modelout_fill(m, o);
 }
 
 int writeas(env *e, lp *p, const char *name, filekind kind) {
@@ -335,5 +362,22 @@ int VLTlpwrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
 int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
   return writeframe(env, lp, filename, kKindRLP, nullptr);
 }
+
+#define VLT_READOUT(fn, kind)                                                                   \
+  int fn(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p, int *objsen_p,    \
+         double **obj_p, double **rhs_p, char **sense_p, int **matbeg_p, int **matcnt_p,         \
+         int **matind_p, double **matval_p, double **lb_p, double **ub_p, double **rngval_p,     \
+         char ***colname_p, char **colnamestore_p, char ***rowname_p, char **rownamestore_p) { \
+    if (!checkenv(env)) return kNoEnvironment;                                                  \
+    const modelout o{numcols_p, numrows_p, objsen_p, obj_p,     rhs_p,     sense_p,            \
+                     matbeg_p,  matcnt_p,  matind_p, matval_p,  lb_p,      ub_p,               \
+                     rngval_p,  colname_p, colnamestore_p, rowname_p, rownamestore_p};          \
+    modelout_clear(o);                                                                          \
+    return finish(env, guarded([&] { return readout(env, filename, kind, o); }));              \
+  }
+
+VLT_READOUT(VLTmpsread, kKindMPS)
+VLT_READOUT(VLTlpread, kKindLP)
+VLT_READOUT(VLTparread, kKindPAR)
 
 }  // extern "C"

@@ -229,6 +229,76 @@ int parsenumber(std::string_view tok, double *value, bool allowinf) {
   return 0;
 }
 
+namespace {
+
+bool handnames(const namestore &s, char ***names, char **store) {
+  *store = handout(s.text);
+  *names = allocn<char *>(s.size());
+  if (*store == nullptr || *names == nullptr) return false;
+  for (int i = 0; i < s.size(); ++i) (*names)[i] = *store + s.off[i];
+  return true;
+}
+
+}  // namespace
+
+void modelout_clear(const modelout &o) {
+  for (int *q : {o.numcols_p, o.numrows_p, o.objsen_p})
+    if (q) *q = 0;
+  for (double **q : {o.obj_p, o.rhs_p, o.matval_p, o.lb_p, o.ub_p, o.rngval_p})
+    if (q) *q = nullptr;
+  for (int **q : {o.matbeg_p, o.matcnt_p, o.matind_p})
+    if (q) *q = nullptr;
+  for (char **q : {o.sense_p, o.colnamestore_p, o.rownamestore_p})
+    if (q) *q = nullptr;
+  if (o.colname_p) *o.colname_p = nullptr;
+  if (o.rowname_p) *o.rowname_p = nullptr;
+}
+
+int modelout_check(const modelout &o) {
+  const bool ok = o.numcols_p && o.numrows_p && o.objsen_p && o.obj_p && o.rhs_p && o.sense_p &&
+                  o.matbeg_p && o.matcnt_p && o.matind_p && o.matval_p && o.lb_p && o.ub_p;
+  return ok ? 0 : kNullPointer;
+}
+
+int modelout_fill(const filemodel &m, const modelout &o) {
+  std::vector<void *> made;
+  bool ok = true;
+  auto keep = [&](auto *p) {
+    made.push_back(p);
+    ok &= p != nullptr;
+    return p;
+  };
+  *o.obj_p = keep(handout(m.obj));
+  *o.rhs_p = keep(handout(m.rhs));
+  *o.sense_p = keep(handout(m.sense));
+  *o.matbeg_p = keep(handout(m.matbeg));
+  *o.matcnt_p = keep(handout(m.matcnt));
+  *o.matind_p = keep(handout(m.matind));
+  *o.matval_p = keep(handout(m.matval));
+  *o.lb_p = keep(handout(m.lb));
+  *o.ub_p = keep(handout(m.ub));
+  if (o.rngval_p && !m.rngval.empty()) *o.rngval_p = keep(handout(m.rngval));
+  if (ok && o.colname_p && o.colnamestore_p && m.colnames.size() > 0) {
+    ok = handnames(m.colnames, o.colname_p, o.colnamestore_p);
+    made.push_back(*o.colname_p);
+    made.push_back(*o.colnamestore_p);
+  }
+  if (ok && o.rowname_p && o.rownamestore_p && m.rownames.size() > 0) {
+    ok = handnames(m.rownames, o.rowname_p, o.rownamestore_p);
+    made.push_back(*o.rowname_p);
+    made.push_back(*o.rownamestore_p);
+  }
+  if (!ok) {
+    for (void *q : made) release(&q);
+    modelout_clear(o);
+    return kNoMemory;
+  }
+  *o.numcols_p = m.numcols;
+  *o.numrows_p = m.numrows;
+  *o.objsen_p = m.objsen;
+  return 0;
+}
+
 int readmodelfile(env *e, const char *name, const char *ext, filemodel &m,
                   int (*readfp)(env *, FILE *, filemodel &)) {
   int status = 0;

@@ -137,6 +137,31 @@ int lpreadfile(env *e, const char *name, filemodel &m);
 // The same on an open stream (used by the fuzz targets).
 int mpsreadfp(env *e, FILE *fp, filemodel &m);
 int lpreadfp(env *e, FILE *fp, filemodel &m);
+// The set-partitioning form: rows 'E' with right side 1, binary columns.
+int parreadfile(env *e, const char *name, filemodel &m);
+int parreadfp(env *e, FILE *fp, filemodel &m);
+
+// Out pointers of the readers that hand a model's arrays to the caller
+// (VLTsavread, VLTmpsread, VLTlpread, VLTparread).  The arrays come from
+// alloc and are released by the caller with VLTfree; rngval and the names
+// are optional.
+struct modelout {
+  int *numcols_p, *numrows_p, *objsen_p;
+  double **obj_p, **rhs_p;
+  char **sense_p;
+  int **matbeg_p, **matcnt_p, **matind_p;
+  double **matval_p, **lb_p, **ub_p, **rngval_p;
+  char ***colname_p;
+  char **colnamestore_p;
+  char ***rowname_p;
+  char **rownamestore_p;
+};
+// Sets every given out pointer to 0 or null.
+void modelout_clear(const modelout &o);
+// 1004 when a required pointer is null, else 0.
+int modelout_check(const modelout &o);
+// Hands m out; on 1001 nothing is handed out.
+int modelout_fill(const filemodel &m, const modelout &o);
 // Tests that every row and column name of m reads back as itself from a file
 // of the given kind (MPS when `lp` is false): not empty, at most 255
 // characters, no blanks or control characters, no name twice on one side,
@@ -145,6 +170,15 @@ int lpreadfp(env *e, FILE *fp, filemodel &m);
 // which name and returns 1003 (the file is not opened).
 int checkwritenames(env *e, const filemodel &m, bool lp);
 int mpswritefile(env *e, const char *name, const filemodel &m);
+// Basis file of p's model with the statuses cs/rs (those of VLTgetbase);
+// itcnt < 0 leaves the iteration count and sizes off the NAME line.
+int writebasisfile(env *e, ::velto_lp *p, const char *name, const int *cs, const int *rs, int itcnt);
+// The restart file "<problem name>.xxx" loaded as the start: 0, or a
+// private code above 2000 (sizes or names that do not fit, no such file);
+// the results channel tells which.
+int readrestart(env *e, ::velto_lp *p);
+// Plain arrays of a problem in the user's units (names when asked).
+void extract(::velto_lp *p, filemodel &m, bool withnames);
 int lpwritefile(env *e, const char *name, const filemodel &m);
 
 // Formats a number for the MPS writer: at most 12 characters.

@@ -275,18 +275,6 @@ int savreadcopy(env *e, lp *p, const char *name) {
 
 using namespace velto;
 
-namespace {
-
-bool handnames(const namestore &s, char ***names, char **store) {
-  *store = handout(s.text);
-  *names = allocn<char *>(s.size());
-  if (*store == nullptr || *names == nullptr) return false;
-  for (int i = 0; i < s.size(); ++i) (*names)[i] = *store + s.off[i];
-  return true;
-}
-
-}  // namespace
-
 extern "C" {
 
 int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
@@ -295,72 +283,18 @@ int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows
                double **rngval_p, char ***colname_p, char **colnamestore_p, char ***rowname_p,
                char **rownamestore_p) {
   if (!checkenv(env)) return kNoEnvironment;
-  int *ints[] = {numcols_p, numrows_p, objsen_p};
-  for (int *q : ints)
-    if (q) *q = 0;
-  double **dbls[] = {obj_p, rhs_p, matval_p, lb_p, ub_p, rngval_p};
-  for (double **q : dbls)
-    if (q) *q = nullptr;
-  int **iarr[] = {matbeg_p, matcnt_p, matind_p};
-  for (int **q : iarr)
-    if (q) *q = nullptr;
-  char **carr[] = {sense_p, colnamestore_p, rownamestore_p};
-  for (char **q : carr)
-    if (q) *q = nullptr;
-  if (colname_p) *colname_p = nullptr;
-  if (rowname_p) *rowname_p = nullptr;
+  const modelout o{numcols_p, numrows_p, objsen_p, obj_p,  rhs_p,    sense_p,
+                   matbeg_p,  matcnt_p,  matind_p, matval_p, lb_p, ub_p,
+                   rngval_p,  colname_p, colnamestore_p, rowname_p, rownamestore_p};
+  modelout_clear(o);
   return finish(env, guarded([&] {
-    if (!numcols_p || !numrows_p || !objsen_p || !obj_p || !rhs_p || !sense_p || !matbeg_p ||
-        !matcnt_p || !matind_p || !matval_p || !lb_p || !ub_p)
-      return static_cast<int>(kNullPointer);
+    int s = modelout_check(o);
+    if (s) return s;
     if (filename == nullptr || filename[0] == '\0') return 1421;
     savdata d;
-    int s = savreadfile(env, filename, d);
+    s = savreadfile(env, filename, d);
     if (s) return s;
-    const filemodel &m = d.m;
-    std::vector<void *> made;
-    bool ok = true;
-    auto keep = [&](auto *p) {
-      made.push_back(p);
-      ok &= p != nullptr;
-      return p;
-    };
-    *obj_p = keep(handout(m.obj));
-    *rhs_p = keep(handout(m.rhs));
-    *sense_p = keep(handout(m.sense));
-    *matbeg_p = keep(handout(m.matbeg));
-    *matcnt_p = keep(handout(m.matcnt));
-    *matind_p = keep(handout(m.matind));
-    *matval_p = keep(handout(m.matval));
-    *lb_p = keep(handout(m.lb));
-    *ub_p = keep(handout(m.ub));
-    if (rngval_p && !m.rngval.empty()) *rngval_p = keep(handout(m.rngval));
-    if (ok && colname_p && colnamestore_p && m.colnames.size() > 0) {
-      ok = handnames(m.colnames, colname_p, colnamestore_p);
-      made.push_back(*colname_p);
-      made.push_back(*colnamestore_p);
-    }
-    if (ok && rowname_p && rownamestore_p && m.rownames.size() > 0) {
-      ok = handnames(m.rownames, rowname_p, rownamestore_p);
-      made.push_back(*rowname_p);
-      made.push_back(*rownamestore_p);
-    }
-    if (!ok) {
-      for (void *q : made) release(&q);
-      for (double **q : dbls)
-        if (q) *q = nullptr;
-      for (int **q : iarr)
-        if (q) *q = nullptr;
-      for (char **q : carr)
-        if (q) *q = nullptr;
-      if (colname_p) *colname_p = nullptr;
-      if (rowname_p) *rowname_p = nullptr;
-      return static_cast<int>(kNoMemory);
-    }
-    *numcols_p = m.numcols;
-    *numrows_p = m.numrows;
-    *objsen_p = m.objsen;
-    return 0;
+    return modelout_fill(d.m, o);
   }));
 }
 

@@ -234,6 +234,38 @@ class binsink : public solsink {
   bool rows_ = true, rowwarn_ = false, colwarn_ = false, ok_ = true;
 };
 
+// The walker's operations given by the caller.  Null operations are
+// skipped.
+class callsink : public solsink {
+ public:
+  callsink(VLTSOLHEADFUNC head, VLTSOLSECTFUNC rows, VLTSOLSECTFUNC cols, VLTSOLENTRYFUNC entry,
+           VLTSOLSECTFUNC end, void *handle)
+      : head_(head), rows_(rows), cols_(cols), entry_(entry), end_(end), handle_(handle) {}
+  void header(const solhead &h) override {
+    if (head_)
+      head_(handle_, h.probname.c_str(), h.objname.c_str(), h.objval, h.lpstat, h.pfeas,
+            h.iterations, h.objsen, h.rows, h.cols);
+  }
+  void section(bool rows) override {
+    if (VLTSOLSECTFUNC f = rows ? rows_ : cols_) f(handle_);
+  }
+  void entry(const solentry &s) override {
+    if (entry_)
+      entry_(handle_, s.marker, s.number, s.name.c_str(), s.status, s.activity, s.second, s.lower,
+             s.upper, s.dual);
+  }
+  void endsection(bool) override {
+    if (end_) end_(handle_);
+  }
+
+ private:
+  VLTSOLHEADFUNC head_;
+  VLTSOLSECTFUNC rows_, cols_;
+  VLTSOLENTRYFUNC entry_;
+  VLTSOLSECTFUNC end_;
+  void *handle_;
+};
+
 int solwrite(env *e, lp *p, const char *name, bool binary) {
   int status = queryframe(e, &p);
   if (status) return status;
@@ -290,6 +322,19 @@ int VLTwritesol(VLTENVptr env, VLTLPptr lp, const char *filename, const char *fi
     if (ciprefix("TXT", t.c_str())) return solwrite(env, lp, filename, false);
     if (ciprefix("BIN", t.c_str())) return solwrite(env, lp, filename, true);
     return 1424;
+  }));
+}
+
+int VLTsolwrite(VLTENVptr env, VLTLPptr lp, VLTSOLHEADFUNC header, VLTSOLSECTFUNC rowsection,
+                VLTSOLSECTFUNC colsection, VLTSOLENTRYFUNC entry, VLTSOLSECTFUNC endsection,
+                void *handle) {
+  if (!checkenv(env)) return kNoEnvironment;
+  return finish(env, guarded([&] {
+    int status = queryframe(env, &lp);
+    if (status) return status;
+    if (!solnexists(lp)) return 1261;
+    callsink out(header, rowsection, colsection, entry, endsection, handle);
+    return walk(env, lp, out);
   }));
 }
 

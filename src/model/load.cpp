@@ -896,4 +896,38 @@ VLTLPptr VLTcloneprob(VLTENVptr env, VLTLPptr lp, int *status_p) {
   return q;
 }
 
+// Brings a model that holds scaled values back to the user's numbers and
+// drops the scale factors; on a model that holds its user values only the
+// factors go (the cut loop calls this before every batch of rows, so it
+// must not cost a re-solve its norms).
+int VLTunscaleprob(VLTENVptr env, VLTLPptr lp) {
+  int status = guarded([&] {
+    int st = changeframe(env, lp);
+    if (st == 0) st = cache_flush(env, lp);
+    if (st) return st;
+    lpcore *c = lp->core;
+    if (c->rowscale || c->colscale) {
+      dropstate(env, lp, 51);
+      for (int j = 0; j < c->totcols; ++j) {
+        const double cj = c->colscale && j < c->numcols ? c->colscale[j] : 1.0;
+        for (int k = c->matbeg[j]; k < c->matbeg[j] + c->matcnt[j]; ++k)
+          c->matval[k] *= cj * (c->rowscale ? c->rowscale[c->matind[k]] : 1.0);
+        if (j >= c->numcols) continue;
+        c->obj[j] *= cj;
+        if (c->lbkind[j] == kBoundFinite) c->lb[j] /= cj;
+        if (c->ubkind[j] == kBoundFinite) c->ub[j] /= cj;
+      }
+      for (int i = 0; c->rowscale && i < c->numrows; ++i) c->rhs[i] *= c->rowscale[i];
+      release(&c->rowscale);
+      release(&c->colscale);
+    }
+    release(&c->rowfactor);
+    release(&c->colfactor);
+    c->scaletype = -1;
+    return 0;
+  });
+  if (status) report(env, &status);
+  return status;
+}
+
 }  // extern "C"

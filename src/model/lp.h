@@ -239,11 +239,19 @@ enum layerid : int {
 };
 // `mark` receives the event number so a layer can decide what to clear
 // (e.g. only the second word of the working data for bound changes).
+// `carry` runs when rows or columns come or go, before the layer is freed:
+// what outlives the change (the dual norms of the basis) moves to the start.
 struct layerops {
   void (*release)(env *e, lp *p);
   void (*mark)(env *e, lp *p, int event);
+  void (*carry)(env *e, lp *p) = nullptr;
+  // Rows are about to be deleted (map[i] < 0): the layer may first move
+  // their logicals into its basis.
+  void (*rowsgo)(env *e, lp *p, const int *map) = nullptr;
 };
 void setlayerops(int layer, layerops ops);
+// Tells the layers that the rows with map[i] < 0 are about to go.
+void layers_rowsgo(env *e, lp *p, const int *map);
 
 // ---- invalidation ------------------------------------------------------------------
 // Releases or marks the derived layers that a change described by `event`

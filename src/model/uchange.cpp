@@ -43,6 +43,10 @@ void setlayerops(int layer, layerops ops) {
   if (layer >= 0 && layer < kLayerCount) g_layerops[layer] = ops;
 }
 
+void layers_rowsgo(env *e, lp *p, const int *map) {
+  if (p->dual && g_layerops[kLayerDual].rowsgo) g_layerops[kLayerDual].rowsgo(e, p, map);
+}
+
 void releaselayer(env *e, lp *p, int layer) {
   if (layer == kLayerPrice) {
     if (g_layerops[layer].release) g_layerops[layer].release(e, p);
@@ -167,7 +171,12 @@ void dropstate(env *e, lp *p, int event) {
   if (a & aStat) p->lpstat = 0;
   // Rows or columns come or go: the basis of the rest outlives the solution
   // record as the next start.
-  if ((event >= 17 && event <= 20) || (event >= 29 && event <= 32)) carrybasis(p);
+  // A changed sense or matrix entry keeps the basis as a start too; the
+  // norms only where the basis matrix of the rest is unchanged.
+  if ((event >= 17 && event <= 20) || (event >= 28 && event <= 34)) {
+    carrybasis(p);
+    if (event <= 32 && p->dual && g_layerops[kLayerDual].carry) g_layerops[kLayerDual].carry(e, p);
+  }
   if (a & aMip) {
     if (g_layerops[kLayerMip].mark) marklayer(e, p, kLayerMip, event);
     else releaselayer(e, p, kLayerMip);

@@ -48,15 +48,30 @@ int carrybasis(lp *p) {
 
 namespace {
 
-void dropstartnorms(lp *p) {
+// The norms kept with the start follow the deletion: entries of deleted
+// rows or columns go, the others are renumbered.  A head entry is a column
+// index, or -i-1 for row i.
+void mapstartnorms(lp *p, const int *map, bool rows) {
   start *s = p->start;
   if (s == nullptr) return;
-  release(&s->dnorm);
-  release(&s->dnormhead);
-  s->dnormlen = 0;
-  release(&s->pnormcol);
-  release(&s->pnormrow);
-  s->pnormlen = 0;
+  if (s->dnorm && s->dnormhead) {
+    int out = 0;
+    for (int k = 0; k < s->dnormlen; ++k) {
+      int h = s->dnormhead[k];
+      if (rows && h < 0) {
+        if (map[-h - 1] < 0) continue;
+        h = -map[-h - 1] - 1;
+      } else if (!rows && h >= 0) {
+        if (map[h] < 0) continue;
+        h = map[h];
+      }
+      s->dnormhead[out] = h;
+      s->dnorm[out++] = s->dnorm[k];
+    }
+    s->dnormlen = out;
+  }
+  const int n = rows ? p->core->numrows : p->core->numcols;
+  closeup(rows ? s->pnormrow : s->pnormcol, map, n);
 }
 
 // Deletes the rows whose map entry is -1 (map from makemap).
@@ -144,8 +159,9 @@ int delrowset(env *e, lp *p, int *flags, int event) {
   const int m = c->numrows;
   const int kept = makemap(flags, m);
   if (kept == m) return 0;
+  layers_rowsgo(e, p, flags);
   dropstate(e, p, event);
-  dropstartnorms(p);
+  mapstartnorms(p, flags, true);
   int first = 0;
   while (flags[first] >= 0) ++first;
   droprows(p, flags, kept, first);
@@ -158,7 +174,7 @@ int delcolset(env *e, lp *p, int *flags, int event) {
   const int kept = makemap(flags, n);
   if (kept == n) return 0;
   dropstate(e, p, event);
-  dropstartnorms(p);
+  mapstartnorms(p, flags, false);
   dropcols(p, flags, kept);
   return rearrange(p);
 }

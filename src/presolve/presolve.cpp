@@ -8,6 +8,8 @@
 #include "env/callback.h"
 #include "env/files.h"
 #include "env/par.h"
+#include "fileio/rwutil.h"
+#include "model/lpcomp.h"
 #include "model/store.h"
 #include "presolve/presolve.h"
 
@@ -372,8 +374,19 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
                     old->aggfill == pb->aggfill && old->predual == pb->predual &&
                     old->reduce == pb->reduce && old->prelinear == pb->prelinear;
   if (!keep) presolve_free(e, p);
-  if (!pb->preind || warm) return kernel(e, p);
-  if (p->probtype != kTypeLP) return kernel(e, p);
+  // A run on the user's model loads the restart file when asked to and no
+  // start serves; the file's basis is then used as an advanced start.
+  auto plain = [&]() {
+    if (!pb->xxxind || (pb->advind && usable_start(p, method)) || readrestart(e, p) != 0)
+      return kernel(e, p);
+    const int advind = pb->advind;
+    pb->advind = 1;
+    const int st = kernel(e, p);
+    pb->advind = advind;
+    return st;
+  };
+  if (!pb->preind || warm) return plain();
+  if (p->probtype != kTypeLP) return plain();
   int st = 0;
   if (!keep) {
     const double t0 = now(e);
@@ -382,12 +395,12 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   }
   if (st == kNoMemory) {
     msg(e->warnchannel, "Insufficient memory for presolve.\n");
-    return kernel(e, p);
+    return plain();
   }
   if (st == 1101 || st == 1117 || st == 1118) {
     // The verdict does not always tell infeasible from unbounded and carries
     // no certificate: the optimizer settles it on the user's model.
-    return kernel(e, p);
+    return plain();
   }
   if (st == 1106) {
     soln_free(&p->soln);
@@ -396,11 +409,14 @@ int presolve_wrap(env *e, lp *p, int method, kernelfn kernel) {
   }
   if (st) return st;
   prerec *r = p->presolve;
-  if (r == nullptr) return kernel(e, p);
+  if (r == nullptr) return plain();
   int redit = 0, redp1 = 0;
   if (r->redlp) {
     lim.give(0);
+    // The full model waits packed while the reduced problem is solved.
+    modelpack pack(e, p, pb->precompress == 1);
     st = kernel(e, r->redlp);
+    if (const int x = pack.expand()) return x;
     if (st == kNoMemory) st = 0;
     if (st) {
       presolve_free(e, p);

@@ -107,6 +107,15 @@ void usercol(const lp *p, int j, std::vector<double> &a) {
   }
 }
 
+// The head in the exported form: a column's index, or -i-1 for the slack
+// or range column of row i.
+int userhead(const lp *p, int pos) {
+  const lpcore *c = p->core;
+  const int v = dual_from_working(p, p->soln->head[pos]);
+  if (v < c->numcols) return v;
+  return -(v >= c->totcols ? v - c->totcols : c->matind[c->matbeg[v]]) - 1;
+}
+
 }  // namespace
 }  // namespace velto
 
@@ -121,7 +130,7 @@ int VLTgetbhead(VLTENVptr env, VLTLPptr lp, int *head, double *x) {
     const soln *s = p->soln;
     for (int i = 0; i < c->numrows; ++i) {
       int v = dual_from_working(p, s->head[i]);
-      if (head) head[i] = v < c->numcols ? v : -(v >= c->totcols ? v - c->totcols : c->matind[c->matbeg[v]]) - 1;
+      if (head) head[i] = userhead(p, i);
       if (x) {
         double val = s->xbasic[i];
         if (v < c->totcols) {
@@ -306,6 +315,24 @@ int VLTgetray(VLTENVptr env, VLTLPptr lp, double *z) {
     if (s->method != 2 || !ds || !ds->hasray) return basis_ray(env, p, z);
     const lpcore *c = p->core;
     for (int j = 0; j < c->numcols; ++j) z[j] = ds->ray[j] / cscale(c, j);
+    return 0;
+  });
+}
+
+// The tableau column of column j: B^-1 a_j, with the head when asked.
+int VLTgetgrad(VLTENVptr env, VLTLPptr lp, int j, int *head, double *y) {
+  return basiscall(env, lp, [&](velto_lp *p) -> int {
+    frame f;
+    int st = open(env, p, f, kNoFactor);
+    if (st) return st;
+    if (j < 0 || j >= p->core->numcols) return kIndexRange;
+    if (y == nullptr) return kNullPointer;
+    std::vector<double> v(f.m);
+    usercol(p, j, v);
+    ftran_user(f, v);
+    std::copy(v.begin(), v.end(), y);
+    if (head)
+      for (int i = 0; i < f.m; ++i) head[i] = userhead(p, i);
     return 0;
   });
 }

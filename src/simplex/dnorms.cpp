@@ -3,6 +3,7 @@
 // re-solve starts with the norms of the last one; primal norms kept with the
 // start.  A head entry names a column by its index and a row i as -i-1.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <vector>
 
@@ -69,6 +70,28 @@ int ensurestart(lp *p) {
   return p->start ? 0 : kNoMemory;
 }
 
+// Puts norm/head (len entries, head form) into the start record.
+int setstartnorms(lp *p, const double *norm, const int *head, int len) {
+  int status = ensurestart(p);
+  if (status) return status;
+  start *s = p->start;
+  double *nn = allocn<double>(std::max(len, 1));
+  int *hh = allocn<int>(std::max(len, 1));
+  if (nn == nullptr || hh == nullptr) {
+    release(&nn);
+    release(&hh);
+    return kNoMemory;
+  }
+  std::copy(norm, norm + len, nn);
+  std::copy(head, head + len, hh);
+  release(&s->dnorm);
+  release(&s->dnormhead);
+  s->dnorm = nn;
+  s->dnormhead = hh;
+  s->dnormlen = len;
+  return 0;
+}
+
 int copydnorms(env *e, lp *p, const double *norm, const int *head, int len) {
   int status = changeframe(e, p);
   if (status == 0) status = cache_flush(e, p);
@@ -78,46 +101,122 @@ int copydnorms(env *e, lp *p, const double *norm, const int *head, int len) {
   if (len > p->core->numrows) return kBadArgument;
   status = ensurestart(p);
   if (status) return status;
-  start *s = p->start;
-  double *nn = allocn<double>(len);
-  int *hh = allocn<int>(len);
-  if (nn == nullptr || hh == nullptr) {
-    release(&nn);
-    release(&hh);
-    return kNoMemory;
-  }
-  std::copy(norm, norm + len, nn);
-  std::copy(head, head + len, hh);
   dropstate(e, p, 44);
-  release(&s->dnorm);
-  release(&s->dnormhead);
-  s->dnorm = nn;
-  s->dnormhead = hh;
-  s->dnormlen = len;
-  return 0;
+  return setstartnorms(p, norm, head, len);
 }
 
 }  // namespace
 
-bool dual_startnorms(const lp *p, const std::vector<int> &head, std::vector<double> &gamma) {
+int feasible_status(const dualengine &e, int j, double dj);
+
+// Rows about to be deleted whose logical is nonbasic: the logical is pivoted
+// into the basis first, in the place of the basic variable with the largest
+// entry in its column of the inverse (the one whose departure leaves the
+// rest of the basis nonsingular), and the norms follow the pivot.  A row
+// that goes with its logical basic leaves the other rows of the inverse as
+// they were, so the norms carried then are exact.  The last dual run must
+// hold the basis of the solution record; otherwise nothing happens.
+void dual_rowsgo(env *, lp *p, const int *map) {
+  dualstate *ds = reinterpret_cast<dualstate *>(p->dual);
+  const soln *s = p->soln;
+  const lpcore *c = p->core;
+  if (livenorms(p) == nullptr || s == nullptr || !s->hasbasis || s->head == nullptr ||
+      s->cstat == nullptr || s->rows != c->numrows || ds->eng.fac == nullptr)
+    return;
+  dualengine &e = ds->eng;
+  const int m = c->numrows, n = e.n;
+  for (int k = 0; k < m; ++k)
+    if (dual_from_working(p, s->head[k]) != e.head[k]) return;
+  std::vector<int> rowslack(m, -1);
+  for (int k = 0; k < c->allcols - c->totcols; ++k) rowslack[c->slackrow[k]] = k;
+  int pivots = 0;
+  std::vector<double> col(m), rho(m), tau(m);
+  for (int r = 0; r < m; ++r) {
+    const int q = n + r;
+    if (map[r] >= 0 || e.status[q] == 1) continue;
+    // Beyond a few rows a fresh start of the norms is as cheap.
+    if (++pivots > 20) return;
+    e.fac->ftran_col(*e.p, q, col);
+    int best = -1;
+    double big = 1e-7;
+    for (int i = 0; i < m; ++i) {
+      const int h = e.head[i];
+      if (h >= n && map[h - n] < 0) continue;  // a logical that goes anyway
+      if (std::fabs(col[i]) > big) {
+        big = std::fabs(col[i]);
+        best = i;
+      }
+    }
+    if (best < 0) return;
+    const double ar = col[best];
+    if (e.opt.pricing == 2 || e.opt.pricing == 4) {
+      e.fac->btran_row(best, rho);
+      double w = 0.0;
+      for (int i = 0; i < m; ++i) w += rho[i] * rho[i];
+      tau = rho;
+      e.fac->ftran(tau);
+      for (int i = 0; i < m; ++i) {
+        if (col[i] == 0.0 || i == best) continue;
+        const double t = col[i] / ar;
+        e.gamma[i] = std::max(e.gamma[i] + t * t * w - 2.0 * t * tau[i], 1e-4);
+      }
+      e.gamma[best] = std::max(w / (ar * ar), 1e-4);
+    } else {
+      e.gamma[best] = -1.0;  // computed at the next start
+    }
+    // The leaving variable goes to the bound its reduced cost after the
+    // pivot asks for.
+    const int out = e.head[best];
+    const double dout = -e.d[q] / ar;
+    if (e.fac->update(best, q, col) < 0) return;
+    e.head[best] = q;
+    e.pos[q] = best;
+    e.pos[out] = -1;
+    e.status[q] = 1;
+    e.status[out] = feasible_status(e, out, dout);
+    soln *sw = p->soln;
+    sw->head[best] = dual_to_working(p, rowslack, q);
+    if (rowslack[r] >= 0) sw->cstat[c->totcols + rowslack[r]] = 1;
+    const int wout = dual_to_working(p, rowslack, out);
+    if (wout < c->allcols) sw->cstat[wout] = e.status[out];
+  }
+}
+
+void dual_carrynorms(env *, lp *p) {
+  const dualstate *ds = livenorms(p);
+  const soln *s = p->soln;
+  if (ds == nullptr || s == nullptr || !s->hasbasis || s->head == nullptr || s->rows != p->core->numrows)
+    return;
+  // Only norms of the basis that the start now holds: a primal run after the
+  // dual one leaves the engine behind.
+  const int m = p->core->numrows;
+  for (int k = 0; k < m; ++k)
+    if (dual_from_working(p, s->head[k]) != ds->eng.head[k]) return;
+  std::vector<double> norm;
+  std::vector<int> head;
+  if (dualnorms(p, norm, head)) setstartnorms(p, norm.data(), head.data(), m);
+}
+
+int dual_startnorms(const lp *p, const std::vector<int> &head, std::vector<double> &gamma) {
   const start *s = p->start;
   const lpcore *c = p->core;
   const int m = c->numrows;
-  if (s == nullptr || s->dnorm == nullptr || s->dnormhead == nullptr || s->dnormlen != m)
-    return false;
+  if (s == nullptr || s->dnorm == nullptr || s->dnormhead == nullptr || s->dnormlen <= 0)
+    return 0;
   const std::vector<int> rc = rangecolumn(c);
-  std::vector<double> byvar(c->totcols + m, 0.0);
-  for (int k = 0; k < m; ++k) {
+  std::vector<double> byvar(c->totcols + m, -1.0);
+  for (int k = 0; k < s->dnormlen; ++k) {
     const int v = fromuser(c, rc, s->dnormhead[k]);
-    if (v < 0 || !(s->dnorm[k] > 0.0)) return false;
-    byvar[v] = s->dnorm[k];
+    if (v >= 0 && s->dnorm[k] > 0.0 && std::isfinite(s->dnorm[k])) byvar[v] = s->dnorm[k];
   }
-  gamma.assign(m, 0.0);
+  gamma.assign(m, -1.0);
+  int found = 0;
   for (int k = 0; k < m; ++k) {
-    if (head[k] < 0 || head[k] >= c->totcols + m || byvar[head[k]] <= 0.0) return false;
+    if (head[k] < 0 || head[k] >= c->totcols + m) continue;
     gamma[k] = byvar[head[k]];
+    found += gamma[k] > 0.0;
   }
-  return true;
+  return found;
 }
 
 }  // namespace velto

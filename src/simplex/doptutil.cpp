@@ -142,7 +142,12 @@ int dual_refactor(dualengine &e) {
     rowcopy_remove(e.rc, p, newj);
     e.singular++;
   }
-  if (!sing.empty()) e.normsvalid = 0;
+  if (!sing.empty()) {
+    // Norms seeded from a start stand except at the repaired positions.
+    if (e.normsseeded)
+      for (int c : sing) e.gamma[c] = -1.0;
+    e.normsvalid = 0;
+  }
   return 0;
 }
 

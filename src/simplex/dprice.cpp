@@ -1,6 +1,7 @@
 // Dual pricing: choice of the leaving row, and the dual steepest-edge norms.
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "simplex/dualcore.h"
 
@@ -122,11 +123,59 @@ void dse_update_full(dualengine &e, int r, double rho2) {
   e.gamma[r] = std::max(w / (ar * ar), 1.0);
 }
 
+// Norm of basis position c by the rule in force, from one BTRAN (and, for
+// full-space norms, the row product).
+double dnorm_one(dualengine &e, int c) {
+  if (e.opt.pricing == 4 || e.opt.pricing == 1) return 1.0;
+  const int m = e.m;
+  std::vector<double> &v = e.work;
+  std::fill(v.begin(), v.end(), 0.0);
+  v[c] = 1.0;
+  e.fac->btran(v);
+  double g = e.opt.pricing == 3 ? 1.0 : 0.0;
+  if (e.opt.pricing != 3) {
+    for (int i = 0; i < m; ++i) g += v[i] * v[i];
+    return g;
+  }
+  std::vector<int> ind(m);
+  int nnz = 0;
+  for (int i = 0; i < m; ++i)
+    if (v[i] != 0.0) {
+      ind[nnz++] = i;
+      g += v[i] * v[i];
+    }
+  pivot_row(e.rc, *e.p, v, ind, nnz, e.status, e.row);
+  for (int k = 0; k < e.row.nnz; ++k) g += e.row.val[e.row.ind[k]] * e.row.val[e.row.ind[k]];
+  e.row.clear();
+  return g;
+}
+
+// Norms seeded from a start: the positions without one are computed.
+int dnorm_fill(dualengine &e) {
+  if (e.opt.display > 0 && e.opt.log && e.itcnt == 0)
+    e.opt.log(e.opt.logctx, "Reinitializing dual norms . . .\n");
+  int made = 0;
+  for (int c = 0; c < e.m; ++c)
+    if (!(e.gamma[c] > 0.0)) {
+      e.gamma[c] = std::max(dnorm_one(e, c), 1e-4);
+      ++made;
+    }
+  if (made > 0 && e.opt.display > 0 && e.opt.log) {
+    char line[64];
+    std::snprintf(line, sizeof line, "Computed %d new norms.\n", made);
+    e.opt.log(e.opt.logctx, line);
+  }
+  e.normsseeded = 0;
+  e.normsvalid = 1;
+  return 0;
+}
+
 // Exact norms ||e_i' B^-1||^2; a row whose basic variable is a logical or a
 // singleton column of the basis in its row has the norm 1/a^2 at once.
 int dnorm_init(dualengine &e) {
   const dualprob &p = *e.p;
   const int m = e.m;
+  if (e.normsseeded && static_cast<int>(e.gamma.size()) == m) return dnorm_fill(e);
   if (e.opt.pricing == 4 || e.opt.pricing == 1) {
     std::fill(e.gamma.begin(), e.gamma.end(), 1.0);
     e.normsvalid = 1;

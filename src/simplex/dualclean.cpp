@@ -26,11 +26,13 @@ namespace {
 constexpr double kInf = 1e19;
 constexpr double kPivTol = 1e-9;
 
-// The entering candidate: largest dual infeasibility above tol.
-int choose_entering(const dualengine &e, double tol) {
+// The entering candidate: largest dual infeasibility above tol, among the
+// variables not set aside.
+int choose_entering(const dualengine &e, double tol, const std::vector<char> &aside) {
   int q = -1;
   double best = 0.0;
   for (int j = 0; j < e.nt; ++j) {
+    if (!aside.empty() && aside[j]) continue;
     double v = dual_infeas(e, j, tol);
     if (v > best) {
       best = v;
@@ -51,8 +53,20 @@ int dual_primal_cleanup(dualengine &e, double tol, int limit, int *stuck) {
   const int m = e.m;
   *stuck = 0;
   int done = 0;
+  // Below the working tolerance (the last look before optimality) only
+  // moves that gain more than 1e-12 of the objective count: a degenerate
+  // pivot there changes nothing but the basis, and a restart from an
+  // optimal basis walked through hundreds of them (dfl001).
+  const bool lastlook = tol < 1e-10;
+  std::vector<char> aside;
+  double gainfloor = 0.0;
+  if (lastlook) {
+    double obj = 0.0;
+    for (int j = 0; j < e.nt; ++j) obj += p.cost[j] * e.x[j];
+    gainfloor = 1e-12 * std::max(1.0, std::fabs(obj));
+  }
   while (done < limit && e.itcnt < e.opt.itlim) {
-    const int q = choose_entering(e, tol);
+    const int q = choose_entering(e, tol, aside);
     if (q < 0) break;
     // Direction of the move of q: up when its reduced cost is negative.
     const double dq = e.d[q];
@@ -106,6 +120,11 @@ int dual_primal_cleanup(dualengine &e, double tol, int limit, int *stuck) {
       if (t < 0.0) t = 0.0;
     } else {
       t = box;
+    }
+    if (lastlook && std::min(t, box) * std::fabs(dq) < gainfloor) {
+      if (aside.empty()) aside.assign(e.nt, 0);
+      aside[q] = 1;
+      continue;
     }
     if (box <= t) {
       // q reaches its other bound first: a flip, no basis change.

@@ -196,6 +196,9 @@ struct dualengine {
   std::vector<double> wcost; // nt working (perturbed, shifted) costs
   std::vector<double> gamma; // m dual steepest-edge weights
   int normsvalid = 0;
+  // gamma came from a start: entries at or below 0 are still to be computed
+  // (dnorm_init), the others stand.
+  int normsseeded = 0;
 
   // working bounds: the model's in phase 2, the auxiliary box in phase 1
   std::vector<double> wlb, wub;

@@ -7,6 +7,7 @@
 
 #include "env/files.h"
 #include "env/par.h"
+#include "fileio/rwutil.h"
 #include "model/lp.h"
 #include "model/store.h"
 #include "presolve/presolve.h"
@@ -25,9 +26,14 @@ void release_dual(env *, lp *p) {
   delete s;
 }
 
-void mark_dual(env *, lp *p, int) {
+void mark_dual(env *e, lp *p, int event) {
   dualstate *s = reinterpret_cast<dualstate *>(p->dual);
   if (s == nullptr) return;
+  // Bounds, ranges and costs leave the basis matrix alone, and with it the
+  // norms: they move to the start for the next run (branching re-solves
+  // after every bound change).
+  if (event == 3 || event == 4 || event == 5 || (event >= 12 && event <= 14) || event == 58)
+    dual_carrynorms(e, p);
   s->normsok = 0;
   s->bready = 0;
 }
@@ -37,7 +43,7 @@ void mark_dual(env *, lp *p, int) {
 dualstate *dualstate_get(env *, lp *p) {
   static bool registered = false;
   if (!registered) {
-    setlayerops(kLayerDual, layerops{release_dual, mark_dual});
+    setlayerops(kLayerDual, layerops{release_dual, mark_dual, dual_carrynorms, dual_rowsgo});
     registered = true;
   }
   if (p->dual == nullptr) {
@@ -155,11 +161,13 @@ void startbasis(env *e, const lp *p, const dualprob &prob, std::vector<int> &hea
         st[n + i] = r;
       }
     }
+    // The first m basic variables form the head; any beyond are nonbasic.
     std::vector<int> h;
-    for (int v = 0; v < n + m && static_cast<int>(h.size()) < m; ++v)
-      if (st[v] == 1) h.push_back(v);
     for (int v = 0; v < n + m; ++v)
-      if (st[v] == 1 && (h.empty() || std::find(h.begin(), h.end(), v) == h.end())) st[v] = 0;
+      if (st[v] == 1) {
+        if (static_cast<int>(h.size()) < m) h.push_back(v);
+        else st[v] = 0;
+      }
     // Fill a short basis with logicals of rows whose logical is out.
     for (int i = 0; i < m && static_cast<int>(h.size()) < m; ++i)
       if (st[n + i] != 1) {
@@ -195,7 +203,27 @@ struct logctx {
   env *e;
   const lp *p;
   const std::vector<int> *rowslack;
+  int lastwrite = 0;  // iteration count of the last restart file
 };
+
+// The restart file "<problem name>.xxx" at every multiple of
+// VLT_PARAM_BASINTERVAL iterations, from the engine's basis.
+void writerestart(logctx &l, const dualengine &g) {
+  lp *p = const_cast<lp *>(l.p);
+  const lpcore *c = p->core;
+  if (c->probname == nullptr) return;
+  const int n = c->numcols, m = c->numrows;
+  std::vector<int> cs(n), rs(m);
+  for (int j = 0; j < n; ++j) cs[j] = g.status[j];
+  for (int i = 0; i < m; ++i) {
+    const int st = g.status[c->totcols + i];
+    rs[i] = st == 1 ? 1 : st == 2 ? 2 : 0;
+  }
+  for (int k = c->numcols; k < c->totcols; ++k) rs[c->matind[c->matbeg[k]]] = g.status[k];
+  const std::string name = std::string(c->probname) + ".xxx";
+  if (writebasisfile(l.e, p, name.c_str(), cs.data(), rs.data(), g.itcnt) == 0)
+    msg(l.e->reschannel, "Basis written to file '%s'.\n", name.c_str());
+}
 
 // A column's name right-aligned in 23 characters; a row's in 17 followed by
 // " range" for its range column, " slack" for its slack, " artif" for the
@@ -391,6 +419,14 @@ int dual_optimize(env *e, lp *p) {
   logctx lc{e, p, &rowslack};
   o.progress = [](void *ctx, cbprogress &pr) {
     logctx *l = static_cast<logctx *>(ctx);
+    // Restart files only under VLT_PARAM_XXXIND: a long run on a model read
+    // from a shared folder leaves nothing there by default.
+    const int every = l->e->params->basinterval;
+    if (l->e->params->xxxind && pr.itcnt > 0 && pr.itcnt % every == 0 &&
+        pr.itcnt != l->lastwrite && pr.objctx) {
+      l->lastwrite = pr.itcnt;
+      writerestart(*l, *static_cast<const dualengine *>(pr.objctx));
+    }
     return lpcallback(l->e, const_cast<lp *>(l->p), pr);
   };
   o.progctx = &lc;
@@ -413,8 +449,14 @@ int dual_optimize(env *e, lp *p) {
       (o.pricing == 3) == (oldpricing == 3)) {
     ds->eng.gamma = oldgamma;
     ds->eng.normsvalid = 1;
-  } else if (o.pricing != 1 && dual_startnorms(p, ds->eng.head, ds->eng.gamma)) {
-    ds->eng.normsvalid = 1;  // norms loaded with the start (VLTcopydnorms)
+  } else if (o.pricing != 1 && pb->advind) {
+    // Norms kept with the start (VLTcopydnorms, or carried across added and
+    // deleted rows): the basic variables without one get theirs computed.
+    std::vector<double> g;
+    if (dual_startnorms(p, ds->eng.head, g) > 0) {
+      ds->eng.gamma.swap(g);
+      ds->eng.normsseeded = 1;
+    }
   }
   int res = dual_solve(ds->eng);
   if (res < 0) {

@@ -27,9 +27,19 @@ struct dualstate {
   int bready = 0;
 };
 
-// Dual norms loaded with the start, by the basis positions of head (engine
-// numbering); false when there are none or they don't cover head.
-bool dual_startnorms(const lp *p, const std::vector<int> &head, std::vector<double> &gamma);
+// Dual norms kept with the start, by the basis positions of head (engine
+// numbering), -1 where the start has no norm for the basic variable.
+// Returns the count of positions that got a norm.
+int dual_startnorms(const lp *p, const std::vector<int> &head, std::vector<double> &gamma);
+
+// Moves the norms of the last dual run into the start (head form), when they
+// belong to the basis of the solution record; run as rows or columns come or go.
+void dual_carrynorms(env *e, lp *p);
+
+// Before rows go (map[i] < 0 for a deleted row): their nonbasic logicals are
+// pivoted into the basis so that the rest keeps a nonsingular basis and
+// exact norms.
+void dual_rowsgo(env *e, lp *p, const int *map);
 
 // The dual simplex method on p (the work of VLTdualopt after the handle
 // tests); returns a status.

@@ -3,13 +3,16 @@
 #include "simplex/solve.h"
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "env/callback.h"
 #include "env/files.h"
 #include "env/par.h"
+#include "fileio/rwutil.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "simplex/pengine.h"
 #include "simplex/pkernel.h"
 
 namespace velto {
@@ -20,7 +23,26 @@ struct hookctx {
   env *e;
   lp *p;
   std::vector<int> logcol;  // store column of the logical of each row
+  int lastwrite = 0;        // iteration count of the last restart file
 };
+
+// The restart file "<problem name>.xxx" at every multiple of
+// VLT_PARAM_BASINTERVAL iterations (under VLT_PARAM_XXXIND), from the
+// engine's basis: structurals, then the logical of each row.
+void writerestart(hookctx &h, const pengine &en) {
+  const lpcore *c = h.p->core;
+  const int n = c->numcols, m = c->numrows;
+  if (c->probname == nullptr || en.n != n || en.m != m) return;
+  std::vector<int> cs(n), rs(m);
+  for (int j = 0; j < n; ++j) cs[j] = en.b.stat[j];
+  for (int i = 0; i < m; ++i) {
+    const int st = en.b.stat[n + i];
+    rs[i] = st == 1 ? 1 : st == 2 ? 2 : 0;
+  }
+  const std::string name = std::string(c->probname) + ".xxx";
+  if (writebasisfile(h.e, h.p, name.c_str(), cs.data(), rs.data(), en.itcnt) == 0)
+    msg(h.e->reschannel, "Basis written to file '%s'.\n", name.c_str());
+}
 
 void hook_log(void *ctx, const char *text) {
   msg(static_cast<hookctx *>(ctx)->e->reschannel, "%s", text);
@@ -33,6 +55,12 @@ int hook_stop(void *ctx) {
 
 int hook_progress(void *ctx, cbprogress &pr) {
   hookctx *h = static_cast<hookctx *>(ctx);
+  const parblock *pb = h->e->params;
+  if (pb->xxxind && pr.itcnt > 0 && pr.itcnt % pb->basinterval == 0 && pr.itcnt != h->lastwrite &&
+      pr.objctx) {
+    h->lastwrite = pr.itcnt;
+    writerestart(*h, *static_cast<const pengine *>(pr.objctx));
+  }
   return lpcallback(h->e, h->p, pr);
 }
 

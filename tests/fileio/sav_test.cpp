@@ -260,3 +260,16 @@ TEST_F(FileTest, PresolvedModelWritesInTheBinaryForm) {
     VLTfreeprob(env_, &back);
   }
 }
+
+// A binary file written by an earlier build (the fuzz seed, made from the
+// shipped example) reads in this process into the model of the example's
+// text form, array by array and name by name.
+TEST_F(FileTest, BinaryFileOfAnEarlierBuildReads) {
+  const std::string sav = std::string(VELTO_TEST_DATA) + "/../fuzz/corpus_sav/production.sav";
+  const std::string mps = std::string(VELTO_TEST_DATA) + "/../../examples/production.mps";
+  ASSERT_EQ(VLTreadcopyprob(env_, lp_, sav.c_str(), nullptr), 0) << err_;
+  VLTLPptr text = VLTcreateprob(env_, nullptr, "text");
+  ASSERT_EQ(VLTreadcopyprob(env_, text, mps.c_str(), nullptr), 0) << err_;
+  expect_same(getmodel(env_, text), getmodel(env_, lp_));
+  VLTfreeprob(env_, &text);
+}

@@ -82,3 +82,75 @@ TEST_F(FileTest, BinarySolutionRecords) {
   EXPECT_EQ(recs[10].substr(56, 8), "b       ");
   EXPECT_EQ(warn_, "Warning, row names truncated to 8 characters.\n");
 }
+
+namespace {
+
+// What the walker hands its operations, as text lines.
+struct walklog {
+  std::vector<std::string> ev;
+  static void head(void *h, const char *prob, const char *obj, double z, int lpstat, int pfeas,
+                   int it, int objsen, int rows, int cols) {
+    char b[200];
+    std::snprintf(b, sizeof b, "head %s %s %g %d %d %d %d %d %d", prob, obj, z, lpstat, pfeas, it >= 0,
+                  objsen, rows, cols);
+    static_cast<walklog *>(h)->ev.push_back(b);
+  }
+  static void rows(void *h) { static_cast<walklog *>(h)->ev.push_back("rows"); }
+  static void cols(void *h) { static_cast<walklog *>(h)->ev.push_back("cols"); }
+  static void end(void *h) { static_cast<walklog *>(h)->ev.push_back("end"); }
+  static void entry(void *h, char mark, int num, const char *name, const char *st, double act,
+                    double second, double lo, double up, double dual) {
+    char b[200];
+    std::snprintf(b, sizeof b, "%c %d %s %s %g %g %g %g %g", mark, num, name, st, act, second, lo, up, dual);
+    static_cast<walklog *>(h)->ev.push_back(b);
+  }
+};
+
+}  // namespace
+
+// The exported walker calls the operations in their order with the values
+// of the report: at the maximum 11, x = 3 and y = 1 make both rows tight
+// (a degenerate vertex), so statuses and duals are read from the basis
+// and the dual calls.
+TEST_F(FileTest, SolutionWalkerOperations) {
+  tiny(env_, lp_);
+  walklog w;
+  EXPECT_EQ(VLTsolwrite(env_, lp_, walklog::head, walklog::rows, walklog::cols, walklog::entry,
+                        walklog::end, &w),
+            1261);
+  EXPECT_EQ(err_, "VELTO Error  1261: No basic solution exists.\n");
+  EXPECT_TRUE(w.ev.empty());
+  ASSERT_EQ(VLTprimopt(env_, lp_), 0);
+  ASSERT_EQ(VLTsolwrite(env_, lp_, walklog::head, walklog::rows, walklog::cols, walklog::entry,
+                        walklog::end, &w),
+            0);
+  int cs[2], rs[2];
+  double pi[2], dj[2];
+  ASSERT_EQ(VLTgetbase(env_, lp_, cs, rs), 0);
+  ASSERT_EQ(VLTgetpi(env_, lp_, pi, 0, 1), 0);
+  ASSERT_EQ(VLTgetdj(env_, lp_, dj, 0, 1), 0);
+  const double absent = 1.01e75;
+  auto line = [](char mark, int num, const char *name, const char *st, double act, double second,
+                 double lo, double up, double dual) {
+    char b[200];
+    std::snprintf(b, sizeof b, "%c %d %s %s %g %g %g %g %g", mark, num, name, st, act, second, lo, up, dual);
+    return std::string(b);
+  };
+  auto rowst = [&](int i) { return rs[i] == 1 ? "BS" : "UL"; };
+  auto colst = [&](int j) { return cs[j] == 1 ? "BS" : cs[j] == 2 ? "UL" : "LL"; };
+  auto mark = [&](int st, double d) { return st != 1 && std::fabs(d) <= 1e-6 ? 'A' : ' '; };
+  const std::vector<std::string> want = {
+      "head test  11 1 1 1 -1 2 2",
+      "rows",
+      line(' ', 1, "", "BS", 11, -11, -absent, absent, 1),
+      line(mark(rs[0], pi[0]), 2, "a_rather_long_row_name", rowst(0), 4, 0, -absent, 4, pi[0]),
+      line(mark(rs[1], pi[1]), 3, "b", rowst(1), 6, 0, -absent, 6, pi[1]),
+      "end",
+      "cols",
+      line(mark(cs[0], dj[0]), 4, "x", colst(0), 3, 3, 0, 3, dj[0]),
+      line(mark(cs[1], dj[1]), 5, "y", colst(1), 1, 2, 0, absent, dj[1]),
+      "end"};
+  EXPECT_EQ(w.ev, want);
+  // Null operations are skipped.
+  EXPECT_EQ(VLTsolwrite(env_, lp_, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+}

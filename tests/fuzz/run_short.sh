@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the reader fuzz targets with clang and runs each for a short time
+# Builds the reader fuzz targets (model and side files) with clang and runs each for a short time
 # (default 30 s) on a copy of its seed corpus.  Exits non-zero if a target
 # crashes, hangs or reports a sanitizer error; skips (exit 0) without clang.
 # Usage: tests/fuzz/run_short.sh [seconds per target] [build folder]
@@ -17,10 +17,10 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DVELTO_FUZZ=ON \
   > "$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; echo "configure failed"; exit 1; }
-cmake --build "$build" --target fuzz_mps fuzz_lp fuzz_sav -j2 > "$work/build.log" 2>&1 ||
+cmake --build "$build" --target fuzz_mps fuzz_lp fuzz_sav fuzz_par fuzz_bas fuzz_vec -j2 > "$work/build.log" 2>&1 ||
   { tail -40 "$work/build.log"; echo "build failed"; exit 1; }
 fail=0
-for t in mps lp sav; do
+for t in mps lp sav par bas vec; do
   mkdir -p "$work/$t"
   cp "$root/tests/fuzz/corpus_$t"/* "$work/$t/"
   echo "fuzz_$t: ${secs} s"

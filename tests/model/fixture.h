@@ -44,6 +44,12 @@ class StoreTest : public ::testing::Test {
     return s;
   }
   void datacheck(int on) { ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_DATACHECK, on), 0); }
+  // Captures the results channel (the optimizers' log) into `log`.
+  void capturelog(Captured &log) {
+    VLTCHANNELptr res, warn, err, logc;
+    ASSERT_EQ(VLTgetchannels(env, &res, &warn, &err, &logc), 0);
+    ASSERT_EQ(VLTaddfuncdest(env, res, &log, Captured::sink), 0);
+  }
 
   VLTENVptr env = nullptr;
   VLTLPptr lp = nullptr;

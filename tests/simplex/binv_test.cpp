@@ -103,12 +103,19 @@ TEST(BinvCalls, AgreeWithDenseInverseOfTheReportedBasis) {
         EXPECT_NEAR(z[j], want, 1e-9);
       }
     }
+    std::vector<double> grad(m);
+    std::vector<int> ghead(m);
     for (int j = 0; j < n; ++j) {
       ASSERT_EQ(VLTbinvacol(s.env, s.lp, j, v.data()), 0);
+      ASSERT_EQ(VLTgetgrad(s.env, s.lp, j, j % 2 ? ghead.data() : nullptr, grad.data()), 0);
       for (int k = 0; k < m; ++k) {
         double want = 0;
         for (auto &e : md.cols[j]) want += inv[k * m + e.first] * e.second;
         EXPECT_NEAR(v[k], want, 1e-9);
+        EXPECT_NEAR(grad[k], want, 1e-9);
+      }
+      if (j % 2) {
+        EXPECT_EQ(ghead, head);
       }
     }
     // Solves with an arbitrary right side.
@@ -135,12 +142,15 @@ TEST(BinvCalls, ArgumentAndStateErrors) {
   double v[8];
   int h[3];
   EXPECT_EQ(VLTbinvrow(s.env, s.lp, 0, v), 1258);
+  EXPECT_EQ(VLTgetgrad(s.env, s.lp, 0, h, v), 1258);
   EXPECT_EQ(VLTgetbhead(s.env, s.lp, h, v), 1217);
   EXPECT_EQ(VLTdualfarkas(s.env, s.lp, v, nullptr), 1265);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   EXPECT_EQ(VLTbinvrow(s.env, s.lp, 3, v), 1200);
   EXPECT_EQ(VLTbinvcol(s.env, s.lp, -1, v), 1200);
   EXPECT_EQ(VLTbinvacol(s.env, s.lp, 5, v), 1200);
+  EXPECT_EQ(VLTgetgrad(s.env, s.lp, 5, h, v), 1200);
+  EXPECT_EQ(VLTgetgrad(s.env, s.lp, 0, h, nullptr), 1004);
   EXPECT_EQ(VLTbinvrow(s.env, s.lp, 0, nullptr), 1004);
   EXPECT_EQ(VLTgetray(s.env, s.lp, v), 1217);
   EXPECT_EQ(VLTdualfarkas(s.env, s.lp, v, nullptr), 1265);
