@@ -128,8 +128,9 @@ int nodelpsolve(env *e, lp *q, int objsen, double cutoff, double start, double t
     case 2:
       status = VLTdualopt(e, q);
       break;
-    default:
-      status = kBadArgument;  // the other node algorithms are not in the library yet
+    default:  // network, barrier, sifting, concurrent: through the LP entry
+      e->params->lpmethod = alg;
+      status = VLTlpopt(e, q);
       break;
   }
   e->params->tilim = oldlim;
