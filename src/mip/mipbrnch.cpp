@@ -486,7 +486,7 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
             if (chosen < 0 || dist(k) > dist(chosen)) chosen = k;
           keepone(ctl, chosen);
           ctl.downpen[0] = ctl.uppen[0] = 0.0;
-          dir = ctl.fracval[0] < 0.5 ? 'D' : 'U';
+          dir = direction(c, 0, 1);
           break;
         }
         double S1 = -1e75, S2 = -1e75;
