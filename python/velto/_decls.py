@@ -1378,6 +1378,10 @@ FUNCTIONS = (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
     )),
+    ('VLTmipopt', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+    )),
     ('VLTgetmipx', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
