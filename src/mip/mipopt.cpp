@@ -198,6 +198,17 @@ int miproot(miprun &r, bool restart, bbnode **root) {
     r.inc = w->inc;
     r.inc->solcnt = 0;
   }
+  // Pricing of the node re-solves when the run leaves it to the library:
+  // steepest edge on wide models, else steepest edge from unit norms, which
+  // costs nothing when a node brings a basis of its own.
+  if (ctl.dpriind == 0) {
+    if (10LL * r.m < n) {
+      ctl.dpriind = e->params->dpriind = 2;
+      if (ctl.display > 0 && ctl.subalg != 4) msg(e->reschannel, "Dual steepest-edge pricing selected.\n");
+    } else {
+      e->params->dpriind = 4;
+    }
+  }
   if (ctl.display != 0) {
     const char *em = ctl.emphasis == 2   ? "MIP emphasis: optimality\n"
                      : ctl.emphasis == 1 ? "MIP emphasis: integer feasibility\n"
