@@ -10,6 +10,8 @@
 
 namespace velto {
 
+mipplugins mipplug;
+
 // ---- node log ----------------------------------------------------------------
 
 void logheader(miprun &r) {
@@ -272,9 +274,18 @@ int mipnodeloop(miprun &r, bbnode *first) {
                 raw / 1048576.0, stored / 1048576.0);
         }
       }
-      // The node cut loop and the node heuristics have their call points
-      // here; no cut family or heuristic is in the library yet.
       kids.clear();
+      if (verdict == 4 && mipplug.nodecuts) {
+        int rc = mipplug.nodecuts(r, cur);
+        if (rc >= 100 && rc < 1000) {
+          code = rc;
+          break;
+        }
+        if (rc) {
+          err = rc;
+          break;
+        }
+      }
       if (verdict == 4) {
         std::vector<double> duals;
         if (ctl.varsel == 4 && m > 0 && VLTgetpi(e, r.q, pi.data(), 0, m - 1) == 0)
@@ -295,6 +306,19 @@ int mipnodeloop(miprun &r, bbnode *first) {
         }
         childestimates(bc, kids);
         ctl.nodeest = ctl.nodeobj + ctl.estimate;
+      }
+      if (verdict == 4 && mipplug.nodeheur && ctl.nodenum != 0 &&
+          ((ctl.heurfreq == 0 && ctl.nodenum % 10 == 0) ||
+           (ctl.heurfreq > 0 && ctl.nodenum % ctl.heurfreq == 0))) {
+        int rc = mipplug.nodeheur(r, cur, ctl.emphasis == 1 && ctl.heurfreq == 0 ? 0 : 1);
+        if (rc >= 100 && rc < 1000) {
+          code = rc;
+          break;
+        }
+        if (rc) {
+          err = rc;
+          break;
+        }
       }
       if (kids.empty()) {
         delete cur;

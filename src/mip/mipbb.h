@@ -89,6 +89,21 @@ struct miprun {
   double bbinterval = 0.0;
 };
 
+// Where the cut loops and heuristics plug into the search.  Each entry is
+// null until its family is in the library; the driver calls what is set.
+// rootcuts runs after the root relaxation (on the root node), nodecuts at a
+// fractional node, rootheur once before the tree, nodeheur at a fractional
+// node when the heuristic frequency is due (deep: a deeper search).  Each
+// returns 0, a status 101..119 or an error; a new incumbent goes through
+// the incumbent store.
+struct mipplugins {
+  int (*rootcuts)(miprun &r, bbnode *root) = nullptr;
+  int (*nodecuts)(miprun &r, bbnode *node) = nullptr;
+  int (*rootheur)(miprun &r) = nullptr;
+  int (*nodeheur)(miprun &r, bbnode *node, int deep) = nullptr;
+};
+extern mipplugins mipplug;
+
 // Log rows.
 void logheader(miprun &r);
 // A node row; mark '*' for an incumbent, plus '+' when a heuristic found it.

@@ -429,7 +429,18 @@ int mipsolve(env *e, lp *p) {
         }
       }
     }
-    if (first == nullptr) {
+    if (!restart && first != nullptr && code == 0) {
+      if (mp->p2011 == 1 && mipplug.rootheur) code = mipplug.rootheur(r);
+      bool anycuts = mp->covers >= 0 || mp->cliques >= 0 || mp->flowcovers >= 0 ||
+                     mp->flowpaths >= 0 || mp->implbd >= 0 || mp->gubcovers >= 0 ||
+                     mp->fraccuts >= 0 || mp->mircuts >= 0 || mp->disjcuts > 0;
+      if (code == 0 && anycuts && mipplug.rootcuts) code = mipplug.rootcuts(r, first);
+      if (code != 0) {
+        delete first;
+        first = nullptr;
+      }
+    }
+    if (code == 0 && first == nullptr) {
       int st = treepop(e, t, &first);
       if (st) code = st;
       else if (first) ctl.nodenum = ++w->nodecnt;

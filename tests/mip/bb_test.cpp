@@ -244,6 +244,15 @@ TEST_F(BB, SolutionLimitAndTimeLimit) {
   EXPECT_EQ(stat(), 108);
 }
 
+TEST_F(BB, TreeMemoryLimitIs112WithoutAnIncumbent) {
+  load(jeroslow(31));
+  quiet();
+  VLTsetdblparam(env, VLT_PARAM_TRELIM, 0.001);  // a kilobyte of open nodes
+  ASSERT_EQ(VLTmipopt(env, lp), 0);
+  EXPECT_EQ(stat(), 112);
+  EXPECT_GT(VLTgetnodeleftcnt(env, lp), 0);
+}
+
 TEST_F(BB, GapToleranceStopsWith102) {
   load(parityknap(41));
   quiet();
