@@ -308,7 +308,6 @@ int miproot(miprun &r, bool restart, bbnode **root) {
                      bb.layout);
   } else {
     if (r.inc->solnseq >= 0) r.inc->cutoff = std::min(r.inc->cutoff, cutoff_from_obj(*r.inc, r.inc->bestobj));
-    bb.rootslot = nullptr;
   }
   double cut = ctl.objsen > 0 ? e->mipparams->cutup : -e->mipparams->cutlo;
   incumbent_tighten(*r.inc, cut);
@@ -440,13 +439,14 @@ int mipsolve(env *e, lp *p) {
         first = nullptr;
       }
     }
+    bool fresh = !restart && first != nullptr;  // the root the LP holds
     if (code == 0 && first == nullptr) {
       int st = treepop(e, t, &first);
       if (st) code = st;
       else if (first) ctl.nodenum = ++w->nodecnt;
     }
     if (code == 0 && first != nullptr) {
-      if (restart) {
+      if (!fresh) {
         const bdchglist *list = first->data ? &first->data->bounds : nullptr;
         std::vector<int> cs(n), rs(r.m);
         std::vector<double> lo(n), hi(n);

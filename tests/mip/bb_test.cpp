@@ -512,6 +512,30 @@ TEST_F(BB, EveryVarselAndNodeselReachesTheEnumeratedOptimum) {
   }
 }
 
+// A stop keeps the node in hand for the next call (it was once dropped).
+TEST_F(BB, ResumingOneNodeAtATimeLosesNoNode) {
+  for (unsigned seed = 4; seed <= 6; ++seed) {
+    dense d = randommip(seed, 13, 4);
+    if (lp) VLTfreeprob(env, &lp);
+    int st;
+    lp = VLTcreateprob(env, &st, "r");
+    load(d);
+    quiet();
+    VLTsetintparam(env, VLT_PARAM_NODELIM, 1);
+    VLTsetdblparam(env, VLT_PARAM_EPGAP, 0.0);
+    VLTsetdblparam(env, VLT_PARAM_EPAGAP, 0.0);
+    int calls = 0;
+    do {
+      ASSERT_EQ(VLTmipopt(env, lp), 0);
+    } while (++calls < 100000 && (stat() == 105 || stat() == 106));
+    EXPECT_EQ(stat(), 101) << "seed " << seed;
+    EXPECT_NEAR(mipobj(), enumerate(d), 1e-7) << "seed " << seed;
+    EXPECT_EQ(VLTgetnodecnt(env, lp), calls - 1) << "one node per call";
+    EXPECT_GT(calls, 10) << "seed " << seed;
+    expectchecked();
+  }
+}
+
 TEST_F(BB, BranchDirectionAndOrderDirection) {
   // The first child of the root is node 1; its direction shows on the log
   // channel.
