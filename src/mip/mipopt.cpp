@@ -525,6 +525,49 @@ bool hassemi(const lp *p) {
   return false;
 }
 
+int mipopt(env *e, lp *p);
+
+// A model with semi-continuous or semi-integer columns is searched as its
+// converted copy (each such column linked to a binary); the run's results
+// move to the model with x cut back to its columns.  The copy does not
+// outlive the call, so a run stopped at a limit starts over when called
+// again.
+int semirun(env *e, lp *p, mipdata *md) {
+  lp *conv = nullptr;
+  semidata sd;
+  int status = semiconvert(e, p, &conv, sd);
+  if (status) return status;
+  if (conv == nullptr) return 0;
+  int c = mipopt(e, conv);
+  int stat = conv->lpstat;
+  mipwork *cw = conv->mip ? conv->mip->work : nullptr;
+  if (cw != nullptr) {
+    conv->mip->work = nullptr;
+    delete md->work;
+    md->work = cw;
+    if (cw->inc) {
+      if (!cw->inc->x.empty()) semirestore_x(sd, cw->inc->x);
+      cw->inc->colstat.clear();
+      cw->inc->rowstat.clear();
+      cw->inc->ncols = p->core->numcols;
+    }
+    treefree(cw->tree);
+    cw->tree = nullptr;
+    int terminal = cw->bb ? cw->bb->terminal : 0;
+    delete cw->bb;
+    cw->bb = nullptr;
+    if (terminal) {
+      cw->bb = new bbstate();
+      cw->bb->terminal = terminal;
+    }
+    cw->rc = rowcopy();
+    cw->rowclass.clear();
+  }
+  p->lpstat = stat;
+  freeprob(e, &conv);
+  return c;
+}
+
 int mipopt(env *e, lp *p) {
   mip_register();
   if (!checkenv(e)) return kNoEnvironment;
@@ -543,8 +586,7 @@ int mipopt(env *e, lp *p) {
     p->lpstat = md->work->bb->terminal;
     return 0;
   }
-  // Semi-continuous columns are converted by a later step of the library.
-  if (hassemi(p)) return 1018;
+  if (hassemi(p)) return semirun(e, p, md);
   const mipparblock *mp = e->mipparams;
   if ((status = checkfixedint(e, p, mp->epint)) != 0) return status;
   if (mp->subalg == 4 && e->barparams->baralg == 3)

@@ -598,6 +598,32 @@ TEST_F(BB, SpecialOrderedSetBranching) {
   expectchecked();
 }
 
+TEST_F(BB, SemiContinuousColumnsTakeZeroOrTheirRange) {
+  // min x + y with x + y >= 1, x semi-continuous on [2, 5], y on [0, 0.5]:
+  // the relaxation would take x = 0.5; the answer is x = 2, y = 0 (objective
+  // 2) against x = 0 being infeasible.
+  dense d;
+  d.c = {1, 1.5};
+  d.lb = {2, 0};
+  d.ub = {5, 0.5};
+  d.a = {{1, 1}};
+  d.sense = {'G'};
+  d.rhs = {1};
+  d.ctype = "SC";
+  load(d);
+  quiet();
+  ASSERT_EQ(VLTmipopt(env, lp), 0);
+  EXPECT_EQ(stat(), 101);
+  EXPECT_NEAR(mipobj(), 2.0, 1e-9);
+  std::vector<double> x(2);
+  ASSERT_EQ(VLTgetmipx(env, lp, x.data(), 0, 1), 0);
+  EXPECT_NEAR(x[0], 2.0, 1e-9);
+  EXPECT_NEAR(x[1], 0.0, 1e-9);
+  EXPECT_EQ(VLTgetnumcols(env, lp), 2);  // the model keeps its columns
+  ASSERT_EQ(VLTmipopt(env, lp), 0);     // finished: returns at once
+  EXPECT_EQ(stat(), 101);
+}
+
 // Small public models: every rule reaches the published optimum.
 TEST_F(BB, SmallMiplibModelsUnderEveryRule) {
   auto ref = velto_test::readreference("miplib3");
