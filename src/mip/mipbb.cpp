@@ -186,6 +186,13 @@ int mipnodeloop(miprun &r, bbnode *first) {
   std::vector<bbnode *> totree;
   dive_prev prev;
   int lastnum = -1;
+  // A status (101..119) of a step stops the loop as a code, anything else
+  // non-zero as an error.
+  auto settle = [&](int rc) {
+    if (rc >= 100 && rc < 1000) code = rc;
+    else if (rc) err = rc;
+    return rc != 0;
+  };
   if (first) w->nodeleft = treesize(tree) + 1;
   for (;;) {
     bbnode *cur = slots[slot];
@@ -277,14 +284,7 @@ int mipnodeloop(miprun &r, bbnode *first) {
       kids.clear();
       if (verdict == 4 && mipplug.nodecuts) {
         int rc = mipplug.nodecuts(r, cur);
-        if (rc >= 100 && rc < 1000) {
-          code = rc;
-          break;
-        }
-        if (rc) {
-          err = rc;
-          break;
-        }
+        if (settle(rc)) break;
       }
       if (verdict == 4) {
         std::vector<double> duals;
@@ -296,14 +296,7 @@ int mipnodeloop(miprun &r, bbnode *first) {
         bc.nodebounds = cur->data ? &cur->data->bounds : nullptr;
         bc.x = &x, bc.lb = &lb, bc.ub = &ub, bc.dual = &duals;
         int rc = branchselect(bc, kids);
-        if (rc >= 100 && rc < 1000) {
-          code = rc;
-          break;
-        }
-        if (rc) {
-          err = rc;
-          break;
-        }
+        if (settle(rc)) break;
         childestimates(bc, kids);
         ctl.nodeest = ctl.nodeobj + ctl.estimate;
       }
@@ -311,14 +304,7 @@ int mipnodeloop(miprun &r, bbnode *first) {
           ((ctl.heurfreq == 0 && ctl.nodenum % 10 == 0) ||
            (ctl.heurfreq > 0 && ctl.nodenum % ctl.heurfreq == 0))) {
         int rc = mipplug.nodeheur(r, cur, ctl.emphasis == 1 && ctl.heurfreq == 0 ? 0 : 1);
-        if (rc >= 100 && rc < 1000) {
-          code = rc;
-          break;
-        }
-        if (rc) {
-          err = rc;
-          break;
-        }
+        if (settle(rc)) break;
       }
       if (kids.empty()) {
         delete cur;

@@ -43,6 +43,13 @@ class BB : public MipTest {
               0);
     ASSERT_EQ(VLTcopyctype(env, lp, d.ctype.c_str()), 0);
   }
+  // A fresh empty problem in place of the present one.
+  void fresh(const char *name) {
+    if (lp) VLTfreeprob(env, &lp);
+    int st = 0;
+    lp = VLTcreateprob(env, &st, name);
+    ASSERT_EQ(st, 0);
+  }
   void quiet() { VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 0); }
   int stat() { return VLTgetstat(env, lp); }
   double mipobj() {
@@ -154,17 +161,14 @@ TEST_F(BB, InfeasibleAndUnboundedModels) {
   double z;
   EXPECT_EQ(VLTgetmipobjval(env, lp, &z), 3017);
   // Integer infeasible with a feasible relaxation: the tree proves it.
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  int st;
-  lp = VLTcreateprob(env, &st, "jer");
+  fresh("jer");
   load(jeroslow(7));
   quiet();
   ASSERT_EQ(VLTmipopt(env, lp), 0);
   EXPECT_EQ(stat(), 103);
   EXPECT_GT(VLTgetnodecnt(env, lp), 0);
   // Unbounded relaxation: 118, no error.
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  lp = VLTcreateprob(env, &st, "unb");
+  fresh("unb");
   dense u;
   u.objsen = -1;
   u.c = {1, 1};
@@ -207,9 +211,7 @@ TEST_F(BB, NodeLimitWithAnIncumbentIs105AndWithoutIs106) {
   VLTsetintparam(env, VLT_PARAM_NODELIM, 50);
   ASSERT_EQ(VLTmipopt(env, lp), 0);
   EXPECT_EQ(stat(), 106);
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  int st;
-  lp = VLTcreateprob(env, &st, "k");
+  fresh("k");
   load(parityknap(41));
   quiet();
   VLTsetintparam(env, VLT_PARAM_NODELIM, 500);
@@ -235,9 +237,7 @@ TEST_F(BB, SolutionLimitAndTimeLimit) {
   ASSERT_EQ(VLTmipopt(env, lp), 0);
   EXPECT_EQ(stat(), 107);
   expectchecked();
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  int st;
-  lp = VLTcreateprob(env, &st, "j");
+  fresh("j");
   load(jeroslow(41));
   quiet();
   ASSERT_EQ(VLTmipopt(env, lp), 0);
@@ -278,9 +278,7 @@ TEST_F(BB, CallChecksAndTheirMessages) {
   EXPECT_EQ(take(err), "VELTO Error  3003: Not a mixed-integer problem.\n");
   EXPECT_EQ(VLTmipopt(nullptr, lp), 1002);
   // A fixed integer column with a fractional value.
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  int st;
-  lp = VLTcreateprob(env, &st, "f");
+  fresh("f");
   const char *name = "xf";
   char *names[] = {const_cast<char *>(name)};
   d.lb = {0.5};
@@ -374,9 +372,7 @@ TEST_F(BB, NodeLogLines) {
   EXPECT_EQ(lastnode, VLTgetnodecnt(env, lp));  // the root is node 0
   EXPECT_GT(rows, 5);
   // Display 1: the node log line and one line per incumbent.
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  int st;
-  lp = VLTcreateprob(env, &st, "d1");
+  fresh("d1");
   load(d);
   VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 1);
   take(res);
@@ -395,8 +391,7 @@ TEST_F(BB, NodeLogLines) {
   EXPECT_EQ(first, buf);
   // Display 0 is silent.
   VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 0);
-  ASSERT_EQ(VLTfreeprob(env, &lp), 0);
-  lp = VLTcreateprob(env, &st, "d0");
+  fresh("d0");
   load(d);
   take(res);
   ASSERT_EQ(VLTmipopt(env, lp), 0);
@@ -425,9 +420,7 @@ TEST_F(BB, TwoRunsGiveTheSameNodesAndLog) {
   std::string logs[2];
   int nodes[2];
   for (int k = 0; k < 2; ++k) {
-    if (lp) VLTfreeprob(env, &lp);
-    int st;
-    lp = VLTcreateprob(env, &st, "rep");
+    fresh("rep");
     load(parityknap(15));
     VLTsetintparam(env, VLT_PARAM_MIPINTERVAL, 7);
     take(res);
@@ -495,9 +488,7 @@ TEST_F(BB, EveryVarselAndNodeselReachesTheEnumeratedOptimum) {
     double opt = enumerate(d);
     for (int varsel : {-1, 0, 1, 2, 3, 4})
       for (int nodesel : {0, 1, 2, 3}) {
-        if (lp) VLTfreeprob(env, &lp);
-        int st;
-        lp = VLTcreateprob(env, &st, "r");
+        fresh("r");
         load(d);
         quiet();
         VLTsetintparam(env, VLT_PARAM_VARSEL, varsel);
@@ -516,9 +507,7 @@ TEST_F(BB, EveryVarselAndNodeselReachesTheEnumeratedOptimum) {
 TEST_F(BB, ResumingOneNodeAtATimeLosesNoNode) {
   for (unsigned seed = 4; seed <= 6; ++seed) {
     dense d = randommip(seed, 13, 4);
-    if (lp) VLTfreeprob(env, &lp);
-    int st;
-    lp = VLTcreateprob(env, &st, "r");
+    fresh("r");
     load(d);
     quiet();
     VLTsetintparam(env, VLT_PARAM_NODELIM, 1);
@@ -544,9 +533,7 @@ TEST_F(BB, BranchDirectionAndOrderDirection) {
   ASSERT_EQ(VLTgetchannels(env, &r, &w, &e, &l), 0);
   VLTaddfuncdest(env, l, &logtext, append);
   auto firstdir = [&](int brdir, bool order) {
-    if (lp) VLTfreeprob(env, &lp);
-    int st;
-    lp = VLTcreateprob(env, &st, "dir");
+    fresh("dir");
     dense d = parityknap(11);
     load(d);
     if (order) {
@@ -634,9 +621,7 @@ TEST_F(BB, SmallMiplibModelsUnderEveryRule) {
       if (r.name == name) opt = r.num(4);
     for (int varsel : {-1, 1, 2, 3, 4})
       for (int nodesel : {0, 1, 2, 3}) {
-        if (lp) VLTfreeprob(env, &lp);
-        int st;
-        lp = VLTcreateprob(env, &st, name);
+        fresh(name);
         ASSERT_EQ(VLTreadcopyprob(env, lp, velto_test::modelpath("miplib3", name).c_str(), nullptr), 0);
         quiet();
         VLTsetintparam(env, VLT_PARAM_VARSEL, varsel);
