@@ -128,9 +128,15 @@ int nodelpsolve(env *e, lp *q, int objsen, double cutoff, double start, double t
     case 2:
       status = VLTdualopt(e, q);
       break;
-    default:  // network, barrier, sifting, concurrent: through the LP entry
+    case 3:  // network, barrier, sifting, concurrent: through the LP entry
+    case 4:
+    case 5:
+    case 6:
       e->params->lpmethod = alg;
       status = VLTlpopt(e, q);
+      break;
+    default:
+      status = kBadArgument;
       break;
   }
   e->params->tilim = oldlim;
