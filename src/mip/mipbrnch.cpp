@@ -187,9 +187,10 @@ void driebeek(const branchctx &c, int count) {
 }
 
 // Fixes sides whose child value reaches the cutoff Z (into `fixes`, which
-// both children take).  Returns the candidate to branch on, or -1 when no side hit.
+// both children take).  Returns the candidate to branch on, with *dir the
+// side still open first, or -1 when no side hit.
 int boundfix(branchctx &c, const std::vector<double> &dnv, const std::vector<double> &upv,
-             int count, const int *which, double Z, bdchglist *fixes) {
+             int count, const int *which, double Z, bdchglist *fixes, char *dir) {
   mipctl &ctl = *c.ctl;
   int hit = -1;
   double raise = ctl.nodeobj;
@@ -208,9 +209,9 @@ int boundfix(branchctx &c, const std::vector<double> &dnv, const std::vector<dou
       fixes->add(j, 'L', v);
       raise = std::max(raise, dnv[t]);
     }
-    if ((uphit || dnhit) && hit < 0) hit = k;
+    if ((uphit || dnhit) && hit < 0) hit = k, *dir = upv[t] < Z ? 'U' : 'D';
     if (uphit && dnhit) {
-      hit = k;
+      hit = k, *dir = 'D';
       break;
     }
   }
@@ -245,10 +246,11 @@ int strongvalues(branchctx &c, const std::vector<int> &cols, int itlim, int thre
 // Penalties from pseudocosts; uninitialised ones by strong branching.
 // Returns 0, 108 or 114; *chosen is set when a one-sided or bound-fixing
 // decision made the branch.
-int pseudoinit(branchctx &c, int *chosen, bdchglist *fixes) {
+int pseudoinit(branchctx &c, int *chosen, bdchglist *fixes, char *dirout) {
   mipctl &ctl = *c.ctl;
   bbstate &bb = *c.bb;
   *chosen = -1;
+  char hitdir = 'U';
   std::vector<int> list, pos;
   for (int k = 0; k < ctl.nfrac; ++k)
     if (bb.pccount[ctl.fraccol[k]] == 0) list.push_back(ctl.fraccol[k]), pos.push_back(k);
@@ -272,11 +274,13 @@ int pseudoinit(branchctx &c, int *chosen, bdchglist *fixes) {
       list.clear();
     } else {
       double G = c.cutoff - ctl.nodeobj;
-      int hit = c.cutoff < 1e74 ? boundfix(c, dn, up, static_cast<int>(list.size()), pos.data(),
-                                           c.cutoff, fixes)
-                                : -1;
+      // An infeasible side has the value 1e75 and is hopeless even without
+      // a cutoff.
+      int hit = boundfix(c, dn, up, static_cast<int>(list.size()), pos.data(),
+                         std::min(c.cutoff, 1e75), fixes, &hitdir);
       if (hit >= 0) {
         *chosen = hit;
+        *dirout = hitdir;
         return 0;
       }
       for (size_t t = 0; t < list.size(); ++t) {
@@ -445,6 +449,7 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
   char dir = 0;
   bdchglist fixes;
   bool fixed = false;
+  char fixdir = 'U';
   double varscore = 0.0;
   if (ctl.nfrac > 0) switch (rule) {
       case -1: {
@@ -471,12 +476,13 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
       }
       case 2: {
         int hit = -1;
-        int rc = pseudoinit(c, &hit, &fixes);
+        int rc = pseudoinit(c, &hit, &fixes, &fixdir);
         if (rc) return rc;
         if (hit >= 0) {
           chosen = hit, fixed = true;
           keepone(ctl, chosen);
-          ctl.downpen[0] = ctl.uppen[0] = 0.0;
+          ctl.downpen[0] = fixdir == 'U' ? 1e75 : 0.0;
+          ctl.uppen[0] = fixdir == 'U' ? 0.0 : 1e75;
           break;
         }
         if (ctl.nfrac == 0) {
@@ -519,11 +525,12 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
           std::vector<double> dv(ctl.nfrac), uv(ctl.nfrac);
           for (int k = 0; k < ctl.nfrac; ++k)
             dv[k] = ctl.nodeobj + ctl.downpen[k], uv[k] = ctl.nodeobj + ctl.uppen[k];
-          int hit = G < 1e37 ? boundfix(c, dv, uv, ctl.nfrac, nullptr, c.cutoff, &fixes) : -1;
+          int hit = G < 1e37 ? boundfix(c, dv, uv, ctl.nfrac, nullptr, c.cutoff, &fixes, &fixdir) : -1;
           if (hit >= 0) {
             chosen = hit, fixed = true;
             keepone(ctl, chosen);
-            ctl.downpen[0] = ctl.uppen[0] = 0.0;
+            ctl.downpen[0] = fixdir == 'U' ? 1e75 : 0.0;
+            ctl.uppen[0] = fixdir == 'U' ? 0.0 : 1e75;
             break;
           }
         }
@@ -567,11 +574,12 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
           dir = 'U';
           break;
         }
-        int hit = boundfix(c, dn, up, static_cast<int>(pick.size()), pick.data(), c.cutoff, &fixes);
+        int hit = boundfix(c, dn, up, static_cast<int>(pick.size()), pick.data(), std::min(c.cutoff, 1e75), &fixes, &fixdir);
         if (hit >= 0) {
           chosen = hit, fixed = true;
           keepone(ctl, chosen);
-          ctl.downpen[0] = ctl.uppen[0] = 0.0;
+          ctl.downpen[0] = fixdir == 'U' ? 1e75 : 0.0;
+          ctl.uppen[0] = fixdir == 'U' ? 0.0 : 1e75;
           break;
         }
         double best = -1e75;
@@ -610,7 +618,7 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
   if (rule != 2 && rule != 4) ctl.estimate = c.bb->degperinf * ctl.suminf;
   if (dir == 0) {
     if (fixed) {
-      dir = 'U';
+      dir = fixdir;
     } else {
       dir = direction(c, 0, rule == 1 || rule == -1 ? 1 : rule);
       // A general integer pushed one way is tried the other way first.
