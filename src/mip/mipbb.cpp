@@ -386,6 +386,7 @@ int mipnodeloop(miprun &r, bbnode *first) {
     in.rootobj = bb.rootobj;
     in.degperiinf = bb.degperiinf;
     in.branched = branched;
+    in.onesided = branched ? ctl.onesided : 0;
     in.prev = prev;
     in.ncols = n;
     totree.clear();

@@ -45,6 +45,7 @@ struct mipctl {
   double suminf = 0.0, nodeobj = 0.0, estimate = 0.0, nodeest = 0.0;
   // candidates of the node: column, value, fraction above the floor
   int nfrac = 0;
+  int onesided = 0;  // the branch has a side that came out integer
   std::vector<int> fraccol;
   std::vector<double> fracx, fracval, downpen, uppen;
   // priorities and directions of the order in force (empty: none)

@@ -423,6 +423,7 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
   mipctl &ctl = *c.ctl;
   kids.clear();
   ctl.estimate = 0.0;
+  ctl.onesided = 0;
   ctl.downpen.assign(ctl.nfrac, 0.0);
   ctl.uppen.assign(ctl.nfrac, 0.0);
   const bool sos = c.model->core->sos && c.model->core->sos->count > 0;
@@ -573,6 +574,25 @@ int branchselect(branchctx &c, std::vector<bbchild> &kids) {
           ctl.downpen[0] = ctl.uppen[0] = 0.0;
           dir = 'U';
           break;
+        }
+        // One side came out integer: the cheapest such side is the branch.
+        if (stats && !sos) {
+          int bk = -1;
+          char bs = 'U';
+          double bv = 1e75;
+          for (size_t t = 0; t < pick.size(); ++t) {
+            if (ds[t] == 0 && dn[t] < bv) bv = dn[t], bk = static_cast<int>(t), bs = 'D';
+            if (us[t] == 0 && up[t] < bv) bv = up[t], bk = static_cast<int>(t), bs = 'U';
+          }
+          if (bk >= 0) {
+            chosen = pick[bk];
+            ctl.downpen[chosen] = dn[bk] - ctl.nodeobj;
+            ctl.uppen[chosen] = up[bk] - ctl.nodeobj;
+            keepone(ctl, chosen);
+            dir = bs;
+            ctl.onesided = 1;
+            break;
+          }
         }
         int hit = boundfix(c, dn, up, static_cast<int>(pick.size()), pick.data(), std::min(c.cutoff, 1e75), &fixes, &fixdir);
         if (hit >= 0) {
