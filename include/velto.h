@@ -660,6 +660,7 @@ VLTAPI int VLTgetnumint(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumbin(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumsemicont(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumsemiint(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTmipopt(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetmipx(VLTENVptr env, VLTLPptr lp, double *x, int begin, int end);
 VLTAPI int VLTgetmipslack(VLTENVptr env, VLTLPptr lp, double *slack, int begin, int end);
 VLTAPI int VLTgetmipobjval(VLTENVptr env, VLTLPptr lp, double *objval_p);

@@ -1534,6 +1534,10 @@ FUNCTIONS = (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
     )),
+    ('VLTmipopt', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+    )),
     ('VLTgetmipx', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),

@@ -42,6 +42,7 @@ struct semidata {
 
 struct incumbent;
 struct bbtree;
+struct bbstate;
 
 // Row-wise copy of the model and the objective, with the binaries of a row
 // first and then the general integers, each by descending magnitude.
@@ -67,6 +68,7 @@ struct mipwork {
   std::vector<int> rowclass;
   incumbent *inc = nullptr;
   bbtree *tree = nullptr;
+  bbstate *bb = nullptr;  // root data, pseudocosts, bounds of the search
   ~mipwork();
 };
 

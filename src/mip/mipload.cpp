@@ -7,6 +7,7 @@
 
 #include "env/par.h"
 #include "mip/mip.h"
+#include "mip/mipbb.h"
 #include "mip/mipnode.h"
 #include "mip/miptree.h"
 #include "model/store.h"
@@ -14,6 +15,7 @@
 namespace velto {
 
 mipwork::~mipwork() {
+  delete bb;
   delete inc;
   treefree(tree);
 }

@@ -86,7 +86,7 @@ struct lpresult {
   int pfeas = 0, dfeas = 0;
 };
 // Solves the node problem with algorithm `alg` (0 automatic, 1 primal,
-// 2 dual); the objective limit is taken from the cutoff.  Returns 0, 108 on
+// 2 dual, others through VLTlpopt by that method); the objective limit is taken from the cutoff.  Returns 0, 108 on
 // a time limit, 3019 when the result is neither optimal nor infeasible nor
 // cut off, or an error.
 int nodelpsolve(env *e, lp *nodelp, int objsen, double cutoff, double start, double tilim,

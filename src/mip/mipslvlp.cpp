@@ -128,8 +128,15 @@ int nodelpsolve(env *e, lp *q, int objsen, double cutoff, double start, double t
     case 2:
       status = VLTdualopt(e, q);
       break;
+    case 3:  // network, barrier, sifting, concurrent: through the LP entry
+    case 4:
+    case 5:
+    case 6:
+      e->params->lpmethod = alg;
+      status = VLTlpopt(e, q);
+      break;
     default:
-      status = kBadArgument;  // the other node algorithms are not in the library yet
+      status = kBadArgument;
       break;
   }
   e->params->tilim = oldlim;
@@ -143,8 +150,10 @@ int nodelpsolve(env *e, lp *q, int objsen, double cutoff, double start, double t
   VLTsolninfo(e, q, &res->method, &type, &res->pfeas, &res->dfeas);
   if (res->status == 11) return 108;
   if (res->status == 13) return 114;
-  if (res->status != 1 && res->status != 3 && res->status != 12) return 3019;
-  if (res->status == 1) {
+  // 5: optimal with infeasibilities after unscaling, which the search
+  // takes as optimal as well.
+  if (res->status != 1 && res->status != 5 && res->status != 3 && res->status != 12) return 3019;
+  if (res->status == 1 || res->status == 5) {
     double z = 0.0;
     status = VLTgetobjval(e, q, &z);
     if (status) return status;

@@ -178,10 +178,6 @@ int optimize(Session &s, Act how) {
   VLTLPptr target = s.lp;
   int status;
   if (integer_model(s) && how == Act::Branch) {
-    if (!VLTmipopt || !VLTgetmipx || !VLTgetmipobjval)
-      return failure(
-          "the model has integer columns and this build of Velto has no integer optimizer; "
-          "'initialSolve' solves its linear relaxation");
     status = VLTmipopt(s.env, s.lp);
     s.mip = true;
   } else {

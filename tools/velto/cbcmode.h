@@ -12,15 +12,6 @@
 #include "driverutil.h"
 #include "velto.h"
 
-// The integer optimizer and its solution getters, bound when the library has
-// them (weak references: null otherwise).  Until then `branch` on an integer
-// model fails with a message and `initialSolve` solves its relaxation.
-extern "C" {
-int VLTmipopt(VLTENVptr env, VLTLPptr lp) __attribute__((weak));
-int VLTgetmipx(VLTENVptr env, VLTLPptr lp, double *x, int begin, int end) __attribute__((weak));
-int VLTgetmipobjval(VLTENVptr env, VLTLPptr lp, double *objval_p) __attribute__((weak));
-}
-
 namespace velto_cli {
 
 // True when the command line asks for the command mode: the program was run

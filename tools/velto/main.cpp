@@ -36,13 +36,18 @@ const char *kUsage =
     "\n"
     "Reads MODEL (MPS or LP format, optionally compressed, chosen by the file\n"
     "name's suffix), optimizes it and prints the log, the solution status, the\n"
-    "objective value and the iteration count.  Without MODEL, solves the\n"
-    "example model shipped with Velto.\n"
+    "objective value and the iteration count.  A model with integer columns\n"
+    "goes to the integer optimizer, which prints the best bound, the gap and\n"
+    "the node count as well.  Without MODEL, solves the example model\n"
+    "shipped with Velto.\n"
     "\n"
     "options:\n"
     "  --method M          optimizer: auto (default), primal, dual\n"
     "  --time-limit SEC    stop after SEC seconds\n"
     "  --iter-limit N      stop after N simplex iterations\n"
+    "  --mip-gap G         integer models: stop at relative gap G (default 1e-4)\n"
+    "  --node-limit N      integer models: stop after N branch-and-bound nodes\n"
+    "  --threads N         threads the optimizers may use\n"
     "  --presolve on|off   reduce the model before solving (default on)\n"
     "  --param NAME=VALUE  set any parameter by name, e.g.\n"
     "                      --param VLT_PARAM_SIMDISPLAY=2\n"
@@ -98,6 +103,12 @@ Options parse(int argc, char **argv) {
       o.params.emplace_back("VLT_PARAM_TILIM", value(i));
     } else if (a == "--iter-limit") {
       o.params.emplace_back("VLT_PARAM_ITLIM", value(i));
+    } else if (a == "--mip-gap") {
+      o.params.emplace_back("VLT_PARAM_EPGAP", value(i));
+    } else if (a == "--node-limit") {
+      o.params.emplace_back("VLT_PARAM_NODELIM", value(i));
+    } else if (a == "--threads") {
+      o.params.emplace_back("VLT_PARAM_THREADS", value(i));
     } else if (a == "--presolve") {
       std::string v = value(i);
       if (v != "on" && v != "off") fail("--presolve takes on or off");
@@ -193,6 +204,44 @@ bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
   return std::fclose(fp) == 0;
 }
 
+// The closing lines of an integer run; returns the exit code.
+int mipsummary(VLTENVptr env, VLTLPptr lp) {
+  int lpstat = VLTgetstat(env, lp);
+  char buf[64];
+  const char *st = VLTgetstatstring(env, lpstat, buf);
+  VLTflushstdchannels(env);
+  std::printf("Status: %s\n", st ? st : "no solution");
+  double obj = 0, bound = 0;
+  bool haveobj = VLTgetmipobjval(env, lp, &obj) == 0;
+  if (haveobj) std::printf("Objective: %.10g\n", obj);
+  if (VLTgetbestobjval(env, lp, &bound) == 0 && std::fabs(bound) < 1e74)
+    std::printf("Best bound: %.10g\n", bound);
+  if (haveobj && std::fabs(bound) < 1e74)
+    std::printf("Gap: %.4g%%\n", 100.0 * std::fabs(obj - bound) / (std::fabs(obj) + 1e-10));
+  std::printf("Nodes: %d\n", VLTgetnodecnt(env, lp));
+  std::printf("Iterations: %d\n", VLTgetmipitcnt(env, lp));
+  return lpstat == 101 || lpstat == 102 ? kExitOptimal : kExitNotOptimal;
+}
+
+// The incumbent as a plain table of x with names.
+bool writemipsolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
+  int n = VLTgetnumcols(env, lp);
+  std::vector<double> x(n);
+  double obj = 0;
+  if (VLTgetmipobjval(env, lp, &obj) != 0 || (n > 0 && VLTgetmipx(env, lp, x.data(), 0, n - 1) != 0))
+    return false;
+  std::vector<std::string> cn = model_names(env, lp, true);
+  FILE *fp = std::fopen(file.c_str(), "w");
+  if (fp == nullptr) return false;
+  char buf[64];
+  const char *st = VLTgetstatstring(env, VLTgetstat(env, lp), buf);
+  std::fprintf(fp, "status    %s\nobjective %.12g\n\n", st ? st : "unknown", obj);
+  std::fprintf(fp, "%-16s %20s\n", "column", "x");
+  for (int j = 0; j < n; ++j)
+    std::fprintf(fp, "%-16s %20.12g\n", cn[j].empty() ? ("x" + std::to_string(j + 1)).c_str() : cn[j].c_str(), x[j] + 0.0);
+  return std::fclose(fp) == 0;
+}
+
 std::string defaultmodel() {
   // Where an install puts it relative to the binary; else next to the sources
   // when run from the checkout; else in the working folder.
@@ -244,7 +293,10 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "velto: cannot read the basis '%s': %s\n", o.readbasis.c_str(), errorline(env, status).c_str());
   } else {
     interrupt_install(env);
-    if (o.method == "primal")
+    const bool integer = VLTgetprobtype(env, lp) == 1;
+    if (integer)
+      status = VLTmipopt(env, lp);
+    else if (o.method == "primal")
       status = VLTprimopt(env, lp);
     else if (o.method == "dual")
       status = VLTdualopt(env, lp);
@@ -252,6 +304,12 @@ int main(int argc, char **argv) {
       status = VLTlpopt(env, lp);
     if (status != 0) {
       std::fprintf(stderr, "velto: optimizer failed: %s\n", errorline(env, status).c_str());
+    } else if (integer) {
+      rc = mipsummary(env, lp);
+      if (!o.solution.empty() && !writemipsolution(env, lp, o.solution)) {
+        std::fprintf(stderr, "velto: cannot write the solution to '%s'\n", o.solution.c_str());
+        rc = kExitFailure;
+      }
     } else {
       int lpstat = VLTgetstat(env, lp);
       char buf[64];
