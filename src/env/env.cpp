@@ -180,9 +180,10 @@ void teardown(env *e) {
       c->parent = nullptr;
       teardown(c);
     }
-    release(&e->children);
     e->childcount = 0;
   }
+  // The list outlives its last child when children are freed one by one.
+  release(&e->children);
   // Whatever the application left open.  Each free removes its node, so the
   // walk restarts at the head.
   while (e->restrack != nullptr) {

@@ -1,5 +1,6 @@
 // The dual engine's view of the library's sparse LU factor.
 #include <algorithm>
+#include <memory>
 #include <new>
 
 #include "env/par.h"
@@ -91,7 +92,7 @@ struct sparsefac final : dualfactor {
 }  // namespace
 
 dualfactor *make_sparse_factor(env *e, const dualprob &p) {
-  sparsefac *f = new (std::nothrow) sparsefac();
+  std::unique_ptr<sparsefac> f(new (std::nothrow) sparsefac());
   if (!f) return nullptr;
   f->e = e;
   if (e && e->params) {
@@ -110,11 +111,8 @@ dualfactor *make_sparse_factor(env *e, const dualprob &p) {
   f->mat.slackrow = nullptr;
   f->mat.slackcoef = p.slackval.data();
   f->fac = lu_create(p.m);
-  if (!f->fac || svec_alloc(&f->sv, p.m) != 0) {
-    delete f;
-    return nullptr;
-  }
-  return f;
+  if (!f->fac || svec_alloc(&f->sv, p.m) != 0) return nullptr;
+  return f.release();
 }
 
 }  // namespace velto
