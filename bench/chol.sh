@@ -3,6 +3,8 @@
 # against CHOLMOD (libsuitesparse-dev) in the same run; single-threaded on
 # both sides.
 #   bench/chol.sh [BUILD_DIR] [MODEL...]
+# VELTO_BARORDER=1|2|3 fixes our ordering method (default automatic);
+# VELTO_BARDISPLAY=1 shows our ordering and factor log.
 # Needs a Release build with the oracles installed (the chol_bench target).
 set -u
 here=$(cd "$(dirname "$0")" && pwd)

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ int main(int argc, char **argv) {
     VLTENVptr env = VLTopenVELTO(&status);
     VLTsetintparam(env, VLT_PARAM_BARDISPLAY, 0);
     VLTsetintparam(env, VLT_PARAM_BARTHREADS, 1);
+    if (const char *o = std::getenv("VELTO_BARORDER")) VLTsetintparam(env, VLT_PARAM_BARORDER, std::atoi(o));
+    if (std::getenv("VELTO_BARDISPLAY")) VLTsetintparam(env, VLT_PARAM_BARDISPLAY, 2);
     velto::cholrec c;
     double t0 = seconds();
     if (velto::chol_analyse(env, bp, c) != 0) return 1;

@@ -3,7 +3,6 @@
 // partition of the pass is kept.
 #include "barrier/edvfm.h"
 
-#include <queue>
 #include <utility>
 
 #include "env/env.h"
@@ -23,27 +22,68 @@ namespace {
 
 constexpr int kLocked = -1000000000;
 
+// Separator vertices by gain for a move to one side: doubly linked lists in
+// buckets indexed by gain + maxgain, the highest possibly non-empty bucket
+// kept, so that the best move is found in constant time but for the scan
+// down over emptied buckets.
+struct buckets {
+  int maxgain = 0;
+  int top = -1;
+  std::vector<int> head, next, prev, gain;
+
+  void init(int n, int maxg) {
+    maxgain = maxg;
+    top = -1;
+    head.assign(2 * (size_t)maxg + 1, -1);
+    next.assign(n, -1);
+    prev.assign(n, -1);
+    gain.assign(n, kLocked);
+  }
+  void remove(int v) {
+    if (gain[v] == kLocked) return;
+    if (prev[v] >= 0)
+      next[prev[v]] = next[v];
+    else
+      head[gain[v] + maxgain] = next[v];
+    if (next[v] >= 0) prev[next[v]] = prev[v];
+    gain[v] = kLocked;
+  }
+  void insert(int v, int g) {
+    remove(v);
+    const int b = g + maxgain;
+    prev[v] = -1;
+    next[v] = head[b];
+    if (head[b] >= 0) prev[head[b]] = v;
+    head[b] = v;
+    gain[v] = g;
+    if (b > top) top = b;
+  }
+  int best() {
+    while (top >= 0 && head[top] < 0) --top;
+    return top >= 0 ? head[top] : -1;
+  }
+};
+
 struct mover {
   const sepgraph &g;
   std::vector<signed char> &side;
-  std::vector<int> gain[2];
-  std::vector<int> version;
+  buckets list[2];
   std::vector<char> locked;
-  using entry = std::pair<int, std::pair<int, int>>;  // gain, (version, vertex)
-  std::priority_queue<entry> heap[2];
   double w[3] = {0, 0, 0};
 
   mover(const sepgraph &gr, std::vector<signed char> &sd) : g(gr), side(sd) {
-    gain[0].assign(g.n, kLocked);
-    gain[1].assign(g.n, kLocked);
-    version.assign(g.n, 0);
     locked.assign(g.n, 0);
     for (int v = 0; v < g.n; ++v) w[side[v]] += g.weights[v];
+    // A gain is a vertex weight less a sum of other weights: the total
+    // weight bounds it either way.
+    const int total = (int)(w[0] + w[1] + w[2]);
+    list[0].init(g.n, total);
+    list[1].init(g.n, total);
   }
   void setgains(int v) {
-    version[v]++;
     if (side[v] != 2 || locked[v]) {
-      gain[0][v] = gain[1][v] = kLocked;
+      list[0].remove(v);
+      list[1].remove(v);
       return;
     }
     int pull[2] = {0, 0};
@@ -51,28 +91,13 @@ struct mover {
       int u = g.adjlist[a];
       if (side[u] < 2) pull[side[u]] += g.weights[u];
     }
-    for (int s = 0; s < 2; ++s) {
-      gain[s][v] = g.weights[v] - pull[1 - s];
-      heap[s].push({gain[s][v], {version[v], v}});
-    }
+    for (int s = 0; s < 2; ++s) list[s].insert(v, g.weights[v] - pull[1 - s]);
   }
   void bump(int v, int s, int delta) {
-    if (locked[v] || gain[s][v] == kLocked) return;
-    version[v]++;
-    gain[s][v] += delta;
-    gain[1 - s][v] += 0;
-    heap[s].push({gain[s][v], {version[v], v}});
-    heap[1 - s].push({gain[1 - s][v], {version[v], v}});
+    if (locked[v] || list[s].gain[v] == kLocked) return;
+    list[s].insert(v, list[s].gain[v] + delta);
   }
-  int top(int s) {
-    while (!heap[s].empty()) {
-      auto [gn, vv] = heap[s].top();
-      int v = vv.second;
-      if (vv.first == version[v] && side[v] == 2 && !locked[v] && gain[s][v] == gn) return v;
-      heap[s].pop();
-    }
-    return -1;
-  }
+  int top(int s) { return list[s].best(); }
   // Score after moving v to side s.
   double trial(int v, int s) const {
     double ws = w[2] - g.weights[v], wd[2] = {w[0], w[1]};
