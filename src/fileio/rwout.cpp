@@ -170,8 +170,9 @@ void quadcolumns(const filemodel &m, std::vector<int> &beg, std::vector<int> &cn
   const int n = m.numcols;
   // (column, row, position): entries of a column by row, in file order.
   std::vector<std::tuple<int, int, size_t>> e;
-  e.reserve(m.qval.size());
-  for (size_t k = 0; k < m.qval.size(); ++k)
+  const size_t count = std::min({m.qval.size(), m.qrow.size(), m.qcol.size()});
+  e.reserve(count);
+  for (size_t k = 0; k < count; ++k)
     if (m.qcol[k] >= 0 && m.qcol[k] < n && m.qrow[k] >= 0 && m.qrow[k] < n)
       e.emplace_back(m.qcol[k], m.qrow[k], k);
   std::sort(e.begin(), e.end());

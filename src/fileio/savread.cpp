@@ -206,14 +206,17 @@ void readfile(env *e, savin &in, const char *name, savdata &d) {
       std::vector<int> qb, qc, qi;
       in.array(qb, n);
       in.array(qc, n);
+      std::vector<double> qv;
       in.array(qi, entries);
-      in.array(m.qval, entries);
+      in.array(qv, entries);
+      // Only the entries the columns reach are the term.
       for (int j = 0; j < n; ++j) {
         if (qb[j] < 0 || qc[j] < 0 || static_cast<long long>(qb[j]) + qc[j] > entries) throw bad();
         for (int k = qb[j]; k < qb[j] + qc[j]; ++k) {
           if (qi[k] < 0 || qi[k] >= n) throw bad();
           m.qrow.push_back(qi[k]);
           m.qcol.push_back(j);
+          m.qval.push_back(qv[k]);
         }
       }
     } else if (entries > 0) {

@@ -596,7 +596,8 @@ class savbytes {
   std::string b_;
 };
 
-std::string handsav(bool diagonal) {
+// With `stray` the quadratic part holds one value that no column reaches.
+std::string handsav(bool diagonal, bool stray = false) {
   savbytes s;
   s.string("VELTOMIPQC 810");
   s.string(nullptr);
@@ -620,6 +621,12 @@ std::string handsav(bool diagonal) {
   if (diagonal) {
     s.put<int>({2, 0});
     s.put<double>({5.0, 0.0});
+  } else if (stray) {
+    s.put<int>({5, 1});
+    s.put<int>({0, 3});
+    s.put<int>({2, 2});
+    s.put<int>({0, 1, 1, 0, 1});
+    s.put<double>({2.0, 3.0, 9.0, 3.0, 4.0});
   } else {
     s.put<int>({4, 1});
     s.put<int>({0, 2});            // starts
@@ -704,6 +711,15 @@ TEST_F(FileTest, SavqreadHandsOutQuadraticTermCutsLazyConstraintsAndBasis) {
   EXPECT_EQ(g.qval[0], 5.0);
 
   // VLTreadcopyprob refuses the quadratic term as before.
+  EXPECT_EQ(VLTreadcopyprob(env_, lp_, f.c_str(), nullptr), 1018);
+}
+
+TEST_F(FileTest, SavQuadraticValueThatNoColumnReachesIsNotPartOfTheTerm) {
+  const std::string f = writefile("stray.sav", handsav(false, true));
+  kinarrays k;
+  ASSERT_EQ(savq(env_, f, k), 0);
+  ASSERT_EQ(k.numqnz, 4);
+  EXPECT_EQ(denseq(k), (std::vector<std::vector<double>>{{2, 3}, {3, 4}}));
   EXPECT_EQ(VLTreadcopyprob(env_, lp_, f.c_str(), nullptr), 1018);
 }
 
