@@ -776,3 +776,38 @@ TEST_F(FileTest, TruncatedAndDamagedFilesGiveAStatusFromEveryKinReader) {
     for (int q = 0; s == 0 && q < r.nzcount; ++q) EXPECT_GE(r.ind[q], 0);
   }
 }
+
+TEST_F(FileTest, KinReadersHandOutAllOrNothingWhenMemoryRunsOut) {
+  const std::string sav = writefile("hand.sav", handsav(false));
+  const std::string mps = writefile("rims.mps", std::string(kRimFile).replace(
+                                                    std::strlen(kRimFile) - 7, 7,
+                                                    "QUADOBJ\n    x  y  3\nENDATA\n"));
+  for (int which = 0; which < 2; ++which) {
+    SCOPED_TRACE(which);
+    // Count the blocks of a good read, then fail each of them in turn.
+    long blocks = 0;
+    {
+      kinarrays k;
+      rimspace r(6, 15);
+      velto::setallocfail(1 << 30, false);
+      ASSERT_EQ(which ? mpsm(env_, mps, k, r) : savq(env_, sav, k), 0);
+      blocks = velto::allocseen();
+      velto::setallocfail(0, false);
+    }
+    ASSERT_GT(blocks, 10);
+    long failed = 0;
+    for (long at = 1; at <= blocks; ++at) {
+      kinarrays k;
+      rimspace r(6, 15);
+      velto::setallocfail(at, false);
+      const int s = which ? mpsm(env_, mps, k, r) : savq(env_, sav, k);
+      velto::setallocfail(0, false);
+      EXPECT_TRUE(s == 0 || s == 1001) << at << ": " << s;
+      if (s == 1001) {
+        ++failed;
+        EXPECT_TRUE(k.empty()) << at;
+      }
+    }
+    EXPECT_EQ(failed, blocks);
+  }
+}
