@@ -514,7 +514,7 @@ VLTAPI int VLTsolwrite(VLTENVptr env, VLTLPptr lp, VLTSOLHEADFUNC header,
                        VLTSOLENTRYFUNC entry, VLTSOLSECTFUNC endsection, void *handle);
 VLTAPI int VLTtxtsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTbinsolwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
-/* binary model files; the arrays of VLTsavread are released with VLTfree */
+/* binary model files; the arrays of the readers are released with VLTfree */
 VLTAPI int VLTsavwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
                       int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
@@ -523,7 +523,8 @@ VLTAPI int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *
                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
 /* text model files into arrays (VLTlpread reads standard input for a null
  * name; integer and quadratic data are dropped with a warning), and the
- * set-partitioning form; released with VLTfree */
+ * set-partitioning form; released with VLTfree.  rngval_p and the name
+ * pointers are optional; *rngval_p stays null for a file without ranges. */
 VLTAPI int VLTmpsread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
                       int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
@@ -539,6 +540,110 @@ VLTAPI int VLTparread(VLTENVptr env, const char *filename, int *numcols_p, int *
                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p);
+/* The kin of the array readers take the model's out pointers as above and
+ * then further results, all released with VLTfree:
+ *
+ * Integer results (required, sospri_p optional): *ctype_p gets one type per
+ * column ('C', 'B', 'I', 'S' semi-continuous, 'N' semi-integer), or null for
+ * a file without integer, semi-continuous or set data.  A semi-continuous
+ * column keeps its limits in lb and ub: it is 0 or between them.  The sets
+ * come in the form of VLTcopysos: *numsos_p sets of *numsosnz_p members,
+ * types '1' or '2', *sosbeg_p with one start per set, members and weights in
+ * file order; *sospri_p is null when the file gives no priorities.  Without
+ * sets the counts are 0 and the arrays null.
+ *
+ * Quadratic results (required): Q column-wise with both triangles stored, so
+ * that the objective is  c'x + 0.5 x'Qx.  *qmatbeg_p and *qmatcnt_p have
+ * numcols entries, *qmatind_p (rows) and *qmatval_p have *numqnz_p; the rows
+ * of a column are sorted, repeated entries are added up and zeros dropped.
+ * The files' factors: an MPS QMATRIX entry i j v is q_ij = v (each
+ * off-diagonal pair written twice); a QUADOBJ entry i j v gives q_ij = q_ji
+ * = v; the LP form's  [ a x ^ 2 + b x * y ] / 2  gives q_xx = a and
+ * q_xy = q_yx = b/2 (the objective holds a/2 x^2 + b/2 xy).  Without a
+ * quadratic term the count is 0 and the arrays null.
+ *
+ * VLTlpmread drops quadratic terms with the warning line
+ * "Problem %s contains quadratic objective coefficients, ignored.". */
+VLTAPI int VLTmpsqread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                       int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p,
+                       char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p,
+                       int **sospri_p, int **sosbeg_p, int **sosind_p, double **soswt_p,
+                       int *numqnz_p, int **qmatbeg_p, int **qmatcnt_p, int **qmatind_p,
+                       double **qmatval_p);
+VLTAPI int VLTlpqread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p,
+                      char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p,
+                      int **sospri_p, int **sosbeg_p, int **sosind_p, double **soswt_p,
+                      int *numqnz_p, int **qmatbeg_p, int **qmatcnt_p, int **qmatind_p,
+                      double **qmatval_p);
+VLTAPI int VLTlpmread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                      int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                      int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                      double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                      char **colnamestore_p, char ***rowname_p, char **rownamestore_p,
+                      char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p,
+                      int **sospri_p, int **sosbeg_p, int **sosind_p, double **soswt_p);
+/* VLTmpsmread is VLTmpsqread that also returns every RHS, RANGES and BOUNDS
+ * set of the file as a rim vector (the first set of each kind also makes
+ * the model's arrays, as in the other readers), in space the caller gives:
+ * rimspace vectors and rimnzspace entries (negative: 1003).  Vector k has
+ * the kind rimtype[k] (VLT_RIM_*), its entries from rimbeg[k] on, in file
+ * order.  RHS: rimind rows, rimval right-hand sides.  RANGES: rows and the
+ * range in the form of rngval for the row's sense in the file (the row spans
+ * rhs .. rhs + r, or rhs + r .. rhs for r < 0).  BOUNDS: columns and values
+ * with rimlu 'L', 'U' or 'B' as VLTchgbds takes them (FR, BV, MI and PL
+ * written out as their bounds; the end-of-set rules of the reader touch only
+ * the model's bounds).  rimlu is ' ' for RHS and RANGES entries.  Rows are
+ * counted without the free rows.  rimname_p and rimnamestore_p, both null or
+ * both given, receive the set names (released with VLTfree).  Short space is
+ * 1484 "Too many rim vectors" or 1485 "Too many rim nonzeros"; then only
+ * *rimcnt_p and *rimnzcnt_p are set, to the space needed. */
+#define VLT_RIM_RHS 0
+#define VLT_RIM_RANGES 1
+#define VLT_RIM_BOUNDS 2
+VLTAPI int VLTmpsmread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                       int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p,
+                       char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p,
+                       int **sospri_p, int **sosbeg_p, int **sosind_p, double **soswt_p,
+                       int *numqnz_p, int **qmatbeg_p, int **qmatcnt_p, int **qmatind_p,
+                       double **qmatval_p, int rimspace, int rimnzspace, int *rimcnt_p,
+                       int *rimnzcnt_p, int *rimtype, int *rimbeg, int *rimind,
+                       double *rimval, char *rimlu, char ***rimname_p, char **rimnamestore_p);
+/* The binary form's kin: VLTsavmread adds the integer results, VLTsavqread
+ * also the quadratic results, the user cuts and lazy constraints (each a
+ * group of seven pointers: row count, nonzero count, rhs, sense, one start
+ * per row, columns, values; all null to skip a group) and the basis
+ * (cstat_p and rstat_p, both null or both given; null arrays when the file
+ * stores none).  Set priorities are stored in this form, 0 when unset. */
+VLTAPI int VLTsavmread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                       int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p,
+                       char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p,
+                       int **sospri_p, int **sosbeg_p, int **sosind_p, double **soswt_p);
+VLTAPI int VLTsavqread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
+                       int *objsen_p, double **obj_p, double **rhs_p, char **sense_p,
+                       int **matbeg_p, int **matcnt_p, int **matind_p, double **matval_p,
+                       double **lb_p, double **ub_p, double **rngval_p, char ***colname_p,
+                       char **colnamestore_p, char ***rowname_p, char **rownamestore_p,
+                       char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p,
+                       int **sospri_p, int **sosbeg_p, int **sosind_p, double **soswt_p,
+                       int *numqnz_p, int **qmatbeg_p, int **qmatcnt_p, int **qmatind_p,
+                       double **qmatval_p, int *numcuts_p, int *cutnzcnt_p,
+                       double **cutrhs_p, char **cutsense_p, int **cutbeg_p, int **cutind_p,
+                       double **cutval_p, int *numlazy_p, int *lazynzcnt_p,
+                       double **lazyrhs_p, char **lazysense_p, int **lazybeg_p,
+                       int **lazyind_p, double **lazyval_p, int **cstat_p, int **rstat_p);
 /* vector files: a primal and dual point by names */
 VLTAPI int VLTvecwrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTreadcopyvec(VLTENVptr env, VLTLPptr lp, const char *filename);

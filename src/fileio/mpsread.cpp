@@ -133,6 +133,22 @@ class mpsreader {
     return false;
   }
   int setchange(int which, const std::string &set, const char *label, bool *use);
+  // With rim vectors kept: the vector of the set being read per kind (index
+  // into m_.rims, -1 before the first), whether that set is the first one
+  // (which also makes the model's arrays), and for later sets the rows
+  // ranged and the bound flags of the set alone.
+  int rimat_[3] = {-1, -1, -1};
+  bool firstset_[3] = {true, true, true};
+  std::vector<char> osense_, laterrng_;
+  filemodel laterbd_;
+  std::vector<char> laterflag_;
+  void rimadd(int which, int ind, double val, char lu) {
+    if (rimat_[which] < 0) return;
+    rimvector &r = m_.rims[rimat_[which]];
+    r.ind.push_back(ind);
+    r.val.push_back(val);
+    r.lu.push_back(lu);
+  }
   int objwarn_ = 0;
   std::vector<char> bflag_;
   bool boundsdone_ = false;
@@ -297,6 +313,7 @@ int mpsreader::endrows() {
   if (!refrow_.empty()) refrowidx_ = rowtab_.find(refrow_);
   frhs_.assign(nrows, 0.0);
   frng_.assign(nrows, 0.0);
+  osense_ = fsense_;
   colstart_.push_back(0);
   return 0;
 }
@@ -406,16 +423,24 @@ int mpsreader::endcolumns() {
 // one is an error.
 int mpsreader::setchange(int which, const std::string &set, const char *label, bool *use) {
   if (rimchosen_[which] && set == rimcur_[which]) {
-    *use = set == rimset_[which];
+    *use = set == rimset_[which] || m_.rimread;
     return 0;
   }
   if (seen(which, set)) return fileerror(e_, 1447, lineno_, label, set.c_str());
+  auto openrim = [&] {
+    if (!m_.rimread) return;
+    rimat_[which] = static_cast<int>(m_.rims.size());
+    m_.rims.emplace_back();
+    m_.rims.back().kind = which;
+    m_.rims.back().name = set;
+  };
   if (!rimchosen_[which]) {
     rimchosen_[which] = true;
     rimset_[which] = set;
     rimcur_[which] = set;
     msg(e_->reschannel, "Selected %-10s name:  %.255s\n",
         which == 0 ? "RHS" : which == 1 ? "range" : "bound", set.c_str());
+    openrim();
     *use = true;
     return 0;
   }
@@ -423,10 +448,23 @@ int mpsreader::setchange(int which, const std::string &set, const char *label, b
   if (which == 2 && !boundsdone_) {
     endbounds();
     boundsdone_ = true;
-    morebounds_ = true;
+    morebounds_ = !m_.rimread;
   }
   rimcur_[which] = set;
-  *use = false;
+  firstset_[which] = false;
+  openrim();
+  if (m_.rimread) {
+    // The checks of a set run again for each later one.
+    if (which == 1) laterrng_.assign(osense_.size(), 0);
+    if (which == 2) {
+      const size_t n = m_.ctype.size();
+      laterbd_.lb.assign(n, 0.0);
+      laterbd_.ub.assign(n, 1e20);
+      laterbd_.ctype = m_.ctype;
+      laterflag_.assign(n, 0);
+    }
+  }
+  *use = m_.rimread;
   return 0;
 }
 
@@ -460,18 +498,29 @@ int mpsreader::rimline(Section sec) {
       }
       continue;
     }
+    const bool model = firstset_[which];
     if (which == 0) {
-      frhs_[r] = v;
+      if (mr == kRowFree) continue;
+      if (model) frhs_[r] = v;
+      rimadd(0, mr, v, ' ');
       continue;
     }
-    char s = fsense_[r];
+    char s = model ? fsense_[r] : osense_[r];
     if (s == 'N') {
       msg(e_->warnchannel, "Warning:  %s '%.255s' value for free row '%.255s' ignored.\n", label,
           set.c_str(), rownames_.get(r));
       break;
     }
-    if (s == 'R') return fileerror(e_, 1444, label, set.c_str(), rownames_.get(r));
-    frng_[r] = s == 'G' ? std::fabs(v) : s == 'L' ? -std::fabs(v) : v;
+    if (s == 'R' || (!model && laterrng_[r]))
+      return fileerror(e_, 1444, label, set.c_str(), rownames_.get(r));
+    const char o = osense_[r];
+    const double rng = o == 'G' ? std::fabs(v) : o == 'L' ? -std::fabs(v) : v;
+    rimadd(1, mr, rng, ' ');
+    if (!model) {
+      laterrng_[r] = 1;
+      continue;
+    }
+    frng_[r] = rng;
     fsense_[r] = 'R';
   }
   return 0;
@@ -523,7 +572,37 @@ int mpsreader::boundsline() {
     rc = number(num, &v, true);
     if (rc) return rc;
   }
-  return mpsapplybound(e_, lineno_, kind, j, v, m_, bflag_);
+  const bool model = firstset_[2];
+  rc = model ? mpsapplybound(e_, lineno_, kind, j, v, m_, bflag_)
+             : mpsapplybound(e_, lineno_, kind, j, v, laterbd_, laterflag_);
+  if (rc || !m_.rimread) return rc;
+  switch (kind) {
+    case mpsboundkind::kLO:
+    case mpsboundkind::kLI:
+      rimadd(2, j, v, 'L');
+      break;
+    case mpsboundkind::kFX:
+      rimadd(2, j, v, 'B');
+      break;
+    case mpsboundkind::kFR:
+      rimadd(2, j, -1e20, 'L');
+      rimadd(2, j, 1e20, 'U');
+      break;
+    case mpsboundkind::kMI:
+      rimadd(2, j, -1e20, 'L');
+      break;
+    case mpsboundkind::kPL:
+      rimadd(2, j, 1e20, 'U');
+      break;
+    case mpsboundkind::kBV:
+      rimadd(2, j, 0.0, 'L');
+      rimadd(2, j, 1.0, 'U');
+      break;
+    default:  // UP, UI, SC
+      rimadd(2, j, v, 'U');
+      break;
+  }
+  return 0;
 }
 
 void mpsreader::endbounds() { mpsendbounds(e_, m_, bflag_, rimset_[2].c_str(), bwarn_); }
@@ -603,11 +682,14 @@ int mpsreader::assemble() {
   int ncols = m_.colnames.size();
   // Blank RHS set name.
   if (rimchosen_[0] && rimset_[0].empty()) {
-    if (coltab_.find("rhs") >= 0)
+    if (coltab_.find("rhs") >= 0) {
       msg(e_->warnchannel,
           "Warning:  Blank RHS name unchanged.  Column with name 'rhs' already exists.\n");
-    else
+    } else {
       msg(e_->warnchannel, "Warning:  Blank RHS name changed to 'rhs'.\n");
+      for (rimvector &r : m_.rims)
+        if (r.kind == 0 && r.name.empty()) r.name = "rhs";
+    }
   }
   int nrows = 0;
   for (int i = 0; i < nfile; ++i)
@@ -819,6 +901,11 @@ int mpsreader::run() {
 int mpsreadfp(env *e, FILE *fp, filemodel &m) {
   mpsreader r(e, fp, m);
   return r.run();
+}
+
+int mpsrimreadfp(env *e, FILE *fp, filemodel &m) {
+  m.rimread = true;
+  return mpsreadfp(e, fp, m);
 }
 
 int mpsreadfile(env *e, const char *name, filemodel &m) {

@@ -147,8 +147,9 @@ int handover(env *e, lp *p, filemodel &m, const char *filename) {
     // The set's members in file order; the copy sorts them by weight.
     std::vector<int> beg(m.sosbeg);
     status = VLTcopysos(e, p, static_cast<int>(m.sostype.size()),
-                        static_cast<int>(m.sosind.size()), m.sostype.data(), nullptr,
-                        beg.data(), m.sosind.data(), m.soswt.data());
+                        static_cast<int>(m.sosind.size()), m.sostype.data(),
+                        m.sospri.empty() ? nullptr : m.sospri.data(), beg.data(),
+                        m.sosind.data(), m.soswt.data());
     if (status) status = -status;  // printed by the copy
   }
   return status;
@@ -234,12 +235,20 @@ int readcopy(env *e, lp *p, const char *name, const char *type) {
   return handover(e, p, m, name);
 }
 
-// The exported readers that hand a plain linear model to the caller:
-// integer declarations and quadratic terms are dropped with a line each.
-int readout(env *e, const char *name, filekind kind, const modelout &o) {
+// The exported readers that hand a model to the caller as arrays.  A null
+// group of out pointers means the caller doesn't take that part: integer
+// declarations and quadratic terms are then dropped with a line each.  With
+// `rim` the MPS reader keeps every RHS, RANGES and BOUNDS set.
+int readout(env *e, const char *name, filekind kind, const modelout &o,
+            const mipout *mip = nullptr, const quadout *quad = nullptr,
+            const rimout *rim = nullptr) {
   int status = modelout_check(o);
+  if (status == 0 && mip) status = mipout_check(*mip);
+  if (status == 0 && quad) status = quadout_check(*quad);
+  if (status == 0 && rim) status = rimout_check(*rim);
   if (status) return status;
   filemodel m;
+  m.rimread = rim != nullptr;
   const bool fromstdin = kind == kKindLP && (name == nullptr || name[0] == '\0');
   if (!fromstdin && (name == nullptr || name[0] == '\0')) return 1421;
   if (fromstdin) status = lpreadfp(e, stdin, m);
@@ -249,14 +258,34 @@ int readout(env *e, const char *name, filekind kind, const modelout &o) {
   if (status) return status;
   const char *shown = fromstdin ? "<stdin>" : name;
   if (kind != kKindPAR) {
-    if (!m.qval.empty())
+    if (!quad && !m.qval.empty())
       msg(e->warnchannel, "Problem %s contains quadratic objective coefficients, ignored.\n", shown);
     bool integer = !m.sostype.empty();
     for (char t : m.ctype) integer |= t != 'C';
-    if (integer)
+    if (!mip && integer)
       msg(e->warnchannel, "Problem %s contains integer variable declarations, ignored.\n", shown);
   }
-  return modelout_fill(m, o);
+  // The rim space is tested before anything is allocated.
+  if (rim && (status = rimout_fill(m, *rim)) != 0) return status;
+  status = modelout_fill(m, o);
+  if (status == 0 && mip && (status = mipout_fill(m, *mip)) != 0) modelout_free(o);
+  if (status == 0 && quad && (status = quadout_fill(m, *quad)) != 0) {
+    modelout_free(o);
+    if (mip) mipout_free(*mip);
+  }
+  if (status && rim) rimout_free(*rim);
+  return status;
+}
+
+// Frame of the array readers: every out pointer cleared first.
+int kinread(env *e, const char *name, filekind kind, const modelout &o, const mipout *mip,
+            const quadout *quad, const rimout *rim) {
+  if (!checkenv(e)) return kNoEnvironment;
+  modelout_clear(o);
+  if (mip) mipout_clear(*mip);
+  if (quad) quadout_clear(*quad);
+  if (rim) rimout_clear(*rim);
+  return finish(e, guarded([&] { return readout(e, name, kind, o, mip, quad, rim); }));
 }
 
 int writeas(env *e, lp *p, const char *name, filekind kind) {
@@ -363,21 +392,40 @@ int VLTlprewrite(VLTENVptr env, VLTLPptr lp, const char *filename) {
   return writeframe(env, lp, filename, kKindRLP, nullptr);
 }
 
-#define VLT_READOUT(fn, kind)                                                                   \
-  int fn(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p, int *objsen_p,    \
-         double **obj_p, double **rhs_p, char **sense_p, int **matbeg_p, int **matcnt_p,         \
-         int **matind_p, double **matval_p, double **lb_p, double **ub_p, double **rngval_p,     \
-         char ***colname_p, char **colnamestore_p, char ***rowname_p, char **rownamestore_p) { \
-    if (!checkenv(env)) return kNoEnvironment;                                                  \
-    const modelout o{numcols_p, numrows_p, objsen_p, obj_p,     rhs_p,     sense_p,            \
-                     matbeg_p,  matcnt_p,  matind_p, matval_p,  lb_p,      ub_p,               \
-                     rngval_p,  colname_p, colnamestore_p, rowname_p, rownamestore_p};          \
-    modelout_clear(o);                                                                          \
-    return finish(env, guarded([&] { return readout(env, filename, kind, o); }));              \
+#define VLT_READOUT(fn, kind)                                                  \
+  int fn(VLT_MODEL_ARGS) {                                                     \
+    return kinread(env, filename, kind, VLT_MODEL_OUT, nullptr, nullptr, nullptr); \
   }
 
 VLT_READOUT(VLTmpsread, kKindMPS)
 VLT_READOUT(VLTlpread, kKindLP)
 VLT_READOUT(VLTparread, kKindPAR)
+
+int VLTmpsqread(VLT_MODEL_ARGS, VLT_MIP_ARGS, VLT_QUAD_ARGS) {
+  const mipout mo = VLT_MIP_OUT;
+  const quadout qo = VLT_QUAD_OUT;
+  return kinread(env, filename, kKindMPS, VLT_MODEL_OUT, &mo, &qo, nullptr);
+}
+
+int VLTmpsmread(VLT_MODEL_ARGS, VLT_MIP_ARGS, VLT_QUAD_ARGS, int rimspace, int rimnzspace,
+                int *rimcnt_p, int *rimnzcnt_p, int *rimtype, int *rimbeg, int *rimind,
+                double *rimval, char *rimlu, char ***rimname_p, char **rimnamestore_p) {
+  const mipout mo = VLT_MIP_OUT;
+  const quadout qo = VLT_QUAD_OUT;
+  const rimout ro{rimspace, rimnzspace, rimcnt_p, rimnzcnt_p, rimtype, rimbeg,
+                  rimind,   rimval,     rimlu,    rimname_p,  rimnamestore_p};
+  return kinread(env, filename, kKindMPS, VLT_MODEL_OUT, &mo, &qo, &ro);
+}
+
+int VLTlpqread(VLT_MODEL_ARGS, VLT_MIP_ARGS, VLT_QUAD_ARGS) {
+  const mipout mo = VLT_MIP_OUT;
+  const quadout qo = VLT_QUAD_OUT;
+  return kinread(env, filename, kKindLP, VLT_MODEL_OUT, &mo, &qo, nullptr);
+}
+
+int VLTlpmread(VLT_MODEL_ARGS, VLT_MIP_ARGS) {
+  const mipout mo = VLT_MIP_OUT;
+  return kinread(env, filename, kKindLP, VLT_MODEL_OUT, &mo, nullptr, nullptr);
+}
 
 }  // extern "C"

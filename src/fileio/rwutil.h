@@ -65,6 +65,18 @@ class nametable {
   int count_ = 0;
 };
 
+// One RHS, RANGES or BOUNDS set of an MPS file, entries in file order.
+// RHS: rows and right-hand sides; RANGES: rows and range values in the form
+// of rngval for the row's sense in the file; BOUNDS: columns, values and
+// 'L', 'U' or 'B' in `lu` as VLTchgbds takes them.
+struct rimvector {
+  int kind = 0;  // 0 RHS, 1 RANGES, 2 BOUNDS (VLT_RIM_*)
+  std::string name;
+  std::vector<int> ind;
+  std::vector<double> val;
+  std::vector<char> lu;  // ' ' for RHS and RANGES entries
+};
+
 // A model as plain arrays, in the form loading calls take.
 struct filemodel {
   std::string probname;
@@ -79,11 +91,15 @@ struct filemodel {
   namestore rownames, colnames;  // empty: no names
   // Special ordered sets, kept as read.
   std::vector<char> sostype;
-  std::vector<int> sosbeg, sosind;
+  std::vector<int> sosbeg, sosind, sospri;  // sospri empty: no priorities
   std::vector<double> soswt;
   // Quadratic objective entries (column, column, value), as read.
   std::vector<int> qrow, qcol;
   std::vector<double> qval;
+  // MPS only: set before the read to keep every RHS, RANGES and BOUNDS set
+  // in `rims` (the first set of each kind also makes the model's arrays).
+  bool rimread = false;
+  std::vector<rimvector> rims;
   int64_t nnz() const { return matind.size(); }
 };
 
@@ -137,6 +153,8 @@ int lpreadfile(env *e, const char *name, filemodel &m);
 // The same on an open stream (used by the fuzz targets).
 int mpsreadfp(env *e, FILE *fp, filemodel &m);
 int lpreadfp(env *e, FILE *fp, filemodel &m);
+// mpsreadfp with the rim vectors kept.
+int mpsrimreadfp(env *e, FILE *fp, filemodel &m);
 // The set-partitioning form: rows 'E' with right side 1, binary columns.
 int parreadfile(env *e, const char *name, filemodel &m);
 int parreadfp(env *e, FILE *fp, filemodel &m);
@@ -156,12 +174,86 @@ struct modelout {
   char ***rowname_p;
   char **rownamestore_p;
 };
+// The argument lists of the exported array readers and the out records
+// made of them.
+#define VLT_MODEL_ARGS                                                                          \
+  VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p, int *objsen_p,          \
+      double **obj_p, double **rhs_p, char **sense_p, int **matbeg_p, int **matcnt_p,           \
+      int **matind_p, double **matval_p, double **lb_p, double **ub_p, double **rngval_p,       \
+      char ***colname_p, char **colnamestore_p, char ***rowname_p, char **rownamestore_p
+#define VLT_MIP_ARGS                                                                            \
+  char **ctype_p, int *numsos_p, int *numsosnz_p, char **sostype_p, int **sospri_p,             \
+      int **sosbeg_p, int **sosind_p, double **soswt_p
+#define VLT_QUAD_ARGS                                                                           \
+  int *numqnz_p, int **qmatbeg_p, int **qmatcnt_p, int **qmatind_p, double **qmatval_p
+#define VLT_MODEL_OUT                                                                           \
+  modelout {                                                                                    \
+    numcols_p, numrows_p, objsen_p, obj_p, rhs_p, sense_p, matbeg_p, matcnt_p, matind_p,       \
+        matval_p, lb_p, ub_p, rngval_p, colname_p, colnamestore_p, rowname_p, rownamestore_p    \
+  }
+#define VLT_MIP_OUT \
+  mipout { ctype_p, numsos_p, numsosnz_p, sostype_p, sospri_p, sosbeg_p, sosind_p, soswt_p }
+#define VLT_QUAD_OUT quadout{numqnz_p, qmatbeg_p, qmatcnt_p, qmatind_p, qmatval_p}
+
 // Sets every given out pointer to 0 or null.
 void modelout_clear(const modelout &o);
 // 1004 when a required pointer is null, else 0.
 int modelout_check(const modelout &o);
 // Hands m out; on 1001 nothing is handed out.
 int modelout_fill(const filemodel &m, const modelout &o);
+// Releases what modelout_fill handed out and clears the pointers.
+void modelout_free(const modelout &o);
+
+// Out pointers of the integer results: column types (null for a file
+// without integer or set data) and the sets in the form of VLTcopysos.
+// sospri is optional; every other pointer is required.
+struct mipout {
+  char **ctype_p;
+  int *numsos_p, *numsosnz_p;
+  char **sostype_p;
+  int **sospri_p;
+  int **sosbeg_p, **sosind_p;
+  double **soswt_p;
+};
+void mipout_clear(const mipout &o);
+int mipout_check(const mipout &o);
+int mipout_fill(const filemodel &m, const mipout &o);
+void mipout_free(const mipout &o);
+
+// Out pointers of the quadratic results: Q column-wise, both triangles,
+// entries of one column sorted by row, repeated entries added up and zeros
+// dropped; all required.
+struct quadout {
+  int *numqnz_p;
+  int **qmatbeg_p, **qmatcnt_p, **qmatind_p;
+  double **qmatval_p;
+};
+void quadout_clear(const quadout &o);
+int quadout_check(const quadout &o);
+int quadout_fill(const filemodel &m, const quadout &o);
+void quadout_free(const quadout &o);
+// Q of m column-wise (the form quadout_fill hands out).
+void quadcolumns(const filemodel &m, std::vector<int> &beg, std::vector<int> &cnt,
+                 std::vector<int> &ind, std::vector<double> &val);
+
+// The rim vectors of VLTmpsmread in caller-given space: rimspace vectors
+// (kind, begin, optional name) and rimnzspace entries (index, value, lu).
+struct rimout {
+  int rimspace, rimnzspace;
+  int *rimcnt_p, *rimnzcnt_p;
+  int *rimtype, *rimbeg, *rimind;
+  double *rimval;
+  char *rimlu;
+  char ***rimname_p;
+  char **rimnamestore_p;
+};
+void rimout_clear(const rimout &o);
+// 1003 for a negative space, 1004 for a null required pointer.
+int rimout_check(const rimout &o);
+// 1484 or 1485 when the space is short (the counts then tell the space
+// needed), 1001 when the names can't be allocated.
+int rimout_fill(const filemodel &m, const rimout &o);
+void rimout_free(const rimout &o);
 // Tests that every row and column name of m reads back as itself from a file
 // of the given kind (MPS when `lp` is false): not empty, at most 255
 // characters, no blanks or control characters, no name twice on one side,

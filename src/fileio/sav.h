@@ -12,10 +12,30 @@ namespace velto {
 
 constexpr const char *kSavTag = "VELTOMIPQC 810";
 
+// Rows given apart from the model: user cuts or lazy constraints.
+struct savrows {
+  std::vector<double> rhs;
+  std::vector<char> sense;
+  std::vector<int> beg;  // one start per row
+  std::vector<int> ind;  // columns
+  std::vector<double> val;
+};
+
 // What a binary model file holds besides the model arrays.
 struct savdata {
   filemodel m;                 // the user's model (numcols columns)
   std::vector<int> cstat, rstat;  // basis, empty when the file has none
+  savrows cuts[2];             // user cuts, lazy constraints
+};
+
+// Out pointers of one group of rows of VLTsavqread (a group is optional:
+// all null, or all given).
+struct rowsout {
+  int *cnt_p, *nzcnt_p;
+  double **rhs_p;
+  char **sense_p;
+  int **beg_p, **ind_p;
+  double **val_p;
 };
 
 // Writes p to name (binary form).  Returns 0 or a status (negative after

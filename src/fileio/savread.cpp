@@ -185,12 +185,19 @@ void readfile(env *e, savin &in, const char *name, savdata &d) {
       msg(e->warnchannel, "They will be ignored.\n");
     }
   } else if (setflag && nsets > 0) {
-    std::vector<int> prio;
     in.array(m.sostype, nsets);
-    in.array(prio, nsets);
+    in.array(m.sospri, nsets);
     in.array(m.sosbeg, nsets);
     in.array(m.sosind, members);
     in.array(m.soswt, members);
+    for (int k = 0; k < nsets; ++k) {
+      const int next = k + 1 < nsets ? m.sosbeg[k + 1] : members;
+      if ((m.sostype[k] != '1' && m.sostype[k] != '2') || m.sosbeg[k] < 0 || m.sosbeg[k] > next ||
+          m.sospri[k] < 0)
+        throw bad();
+    }
+    for (int j : m.sosind)
+      if (j < 0 || j >= n) throw bad();
   }
   if (quad) {
     const int entries = in.integer(), general = in.integer();
@@ -199,16 +206,21 @@ void readfile(env *e, savin &in, const char *name, savdata &d) {
       std::vector<int> qb, qc, qi;
       in.array(qb, n);
       in.array(qc, n);
+      std::vector<double> qv;
       in.array(qi, entries);
-      in.array(m.qval, entries);
+      in.array(qv, entries);
+      // Only the entries the columns reach are the term.
       for (int j = 0; j < n; ++j) {
         if (qb[j] < 0 || qc[j] < 0 || static_cast<long long>(qb[j]) + qc[j] > entries) throw bad();
         for (int k = qb[j]; k < qb[j] + qc[j]; ++k) {
+          if (qi[k] < 0 || qi[k] >= n) throw bad();
           m.qrow.push_back(qi[k]);
           m.qcol.push_back(j);
+          m.qval.push_back(qv[k]);
         }
       }
     } else if (entries > 0) {
+      if (entries > n) throw bad();
       in.array(m.qval, entries);
       for (int j = 0; j < entries; ++j) {
         m.qrow.push_back(j);
@@ -217,11 +229,22 @@ void readfile(env *e, savin &in, const char *name, savdata &d) {
     }
   }
   if (cuts)
-    for (int k = 0; k < 2; ++k) {
+    for (savrows &c : d.cuts) {
       const int flag = in.integer(), rows = in.integer(), nzs = in.integer();
       if ((flag != 0 && flag != 1) || !goodcount(rows) || !goodcount(nzs)) throw bad();
-      // Cuts and lazy constraints have no place in the model yet: skipped.
-      if (flag) in.skip(static_cast<long long>(rows) * 13 + static_cast<long long>(nzs) * 12);
+      if (!flag) continue;
+      in.array(c.rhs, rows);
+      in.array(c.sense, rows);
+      in.array(c.beg, rows);
+      in.array(c.ind, nzs);
+      in.array(c.val, nzs);
+      for (int i = 0; i < rows; ++i) {
+        const int next = i + 1 < rows ? c.beg[i + 1] : nzs;
+        const char s = c.sense[i];
+        if ((s != 'L' && s != 'G' && s != 'E') || c.beg[i] < 0 || c.beg[i] > next) throw bad();
+      }
+      for (int j : c.ind)
+        if (j < 0 || j >= n) throw bad();
     }
 }
 
@@ -273,29 +296,153 @@ int savreadcopy(env *e, lp *p, const char *name) {
 
 }  // namespace velto
 
+namespace velto {
+
+namespace {
+
+void rowsout_clear(const rowsout &o) {
+  for (int *q : {o.cnt_p, o.nzcnt_p})
+    if (q) *q = 0;
+  for (double **q : {o.rhs_p, o.val_p})
+    if (q) *q = nullptr;
+  for (int **q : {o.beg_p, o.ind_p})
+    if (q) *q = nullptr;
+  if (o.sense_p) *o.sense_p = nullptr;
+}
+
+bool rowsout_given(const rowsout &o) { return o.cnt_p != nullptr; }
+
+// A group is taken whole or not at all.
+int rowsout_check(const rowsout &o) {
+  const int given = (o.cnt_p != nullptr) + (o.nzcnt_p != nullptr) + (o.rhs_p != nullptr) +
+                    (o.sense_p != nullptr) + (o.beg_p != nullptr) + (o.ind_p != nullptr) +
+                    (o.val_p != nullptr);
+  return given == 0 || given == 7 ? 0 : kNullPointer;
+}
+
+void rowsout_free(const rowsout &o) {
+  if (!rowsout_given(o)) return;
+  release(o.rhs_p);
+  release(o.val_p);
+  release(o.beg_p);
+  release(o.ind_p);
+  release(o.sense_p);
+  rowsout_clear(o);
+}
+
+int rowsout_fill(const savrows &r, const rowsout &o) {
+  if (!rowsout_given(o) || r.sense.empty()) return 0;
+  *o.rhs_p = handout(r.rhs);
+  *o.sense_p = handout(r.sense);
+  *o.beg_p = handout(r.beg);
+  *o.ind_p = handout(r.ind);
+  *o.val_p = handout(r.val);
+  if (!*o.rhs_p || !*o.sense_p || !*o.beg_p || !*o.ind_p || !*o.val_p) {
+    rowsout_free(o);
+    return kNoMemory;
+  }
+  *o.cnt_p = static_cast<int>(r.sense.size());
+  *o.nzcnt_p = static_cast<int>(r.ind.size());
+  return 0;
+}
+
+// Out pointers of everything a binary file holds besides the linear model;
+// null members are parts the caller doesn't take.
+struct savextra {
+  const mipout *mip = nullptr;
+  const quadout *quad = nullptr;
+  const rowsout *cuts = nullptr;  // two: user cuts, lazy constraints
+  int **cstat_p = nullptr, **rstat_p = nullptr;
+};
+
+void extra_free(const savextra &x, const modelout &o) {
+  modelout_free(o);
+  if (x.mip) mipout_free(*x.mip);
+  if (x.quad) quadout_free(*x.quad);
+  if (x.cuts)
+    for (int k = 0; k < 2; ++k) rowsout_free(x.cuts[k]);
+  if (x.cstat_p) release(x.cstat_p);
+  if (x.rstat_p) release(x.rstat_p);
+}
+
+// The common reader of the exported calls: the whole file is read, and what
+// the caller doesn't take is dropped.
+int savout(env *e, const char *name, const modelout &o, const savextra &x) {
+  if (!checkenv(e)) return kNoEnvironment;
+  modelout_clear(o);
+  if (x.mip) mipout_clear(*x.mip);
+  if (x.quad) quadout_clear(*x.quad);
+  if (x.cuts)
+    for (int k = 0; k < 2; ++k) rowsout_clear(x.cuts[k]);
+  if (x.cstat_p) *x.cstat_p = nullptr;
+  if (x.rstat_p) *x.rstat_p = nullptr;
+  return finish(e, guarded([&] {
+    int s = modelout_check(o);
+    if (s == 0 && x.mip) s = mipout_check(*x.mip);
+    if (s == 0 && x.quad) s = quadout_check(*x.quad);
+    if (s == 0 && x.cuts) s = rowsout_check(x.cuts[0]) ? kNullPointer : rowsout_check(x.cuts[1]);
+    if (s == 0 && (x.cstat_p == nullptr) != (x.rstat_p == nullptr)) s = kNullPointer;
+    if (s) return s;
+    if (name == nullptr || name[0] == '\0') return 1421;
+    savdata d;
+    s = savreadfile(e, name, d);
+    if (s) return s;
+    if (x.mip == nullptr) {
+      // The plain reader keeps only the linear model.
+      d.m.ctype.clear();
+      d.m.sostype.clear();
+    }
+    if (x.quad == nullptr && x.mip != nullptr && !d.m.qval.empty())
+      msg(e->warnchannel, "Problem %s contains quadratic objective coefficients, ignored.\n", name);
+    s = modelout_fill(d.m, o);
+    if (s == 0 && x.mip) s = mipout_fill(d.m, *x.mip);
+    if (s == 0 && x.quad) s = quadout_fill(d.m, *x.quad);
+    if (x.cuts)
+      for (int k = 0; k < 2 && s == 0; ++k) s = rowsout_fill(d.cuts[k], x.cuts[k]);
+    if (s == 0 && x.cstat_p && !d.cstat.empty()) {
+      *x.cstat_p = handout(d.cstat);
+      *x.rstat_p = handout(d.rstat);
+      if (!*x.cstat_p || !*x.rstat_p) s = kNoMemory;
+    }
+    if (s) extra_free(x, o);
+    return s;
+  }));
+}
+
+}  // namespace
+
+}  // namespace velto
+
 using namespace velto;
 
 extern "C" {
 
-int VLTsavread(VLTENVptr env, const char *filename, int *numcols_p, int *numrows_p,
-               int *objsen_p, double **obj_p, double **rhs_p, char **sense_p, int **matbeg_p,
-               int **matcnt_p, int **matind_p, double **matval_p, double **lb_p, double **ub_p,
-               double **rngval_p, char ***colname_p, char **colnamestore_p, char ***rowname_p,
-               char **rownamestore_p) {
-  if (!checkenv(env)) return kNoEnvironment;
-  const modelout o{numcols_p, numrows_p, objsen_p, obj_p,  rhs_p,    sense_p,
-                   matbeg_p,  matcnt_p,  matind_p, matval_p, lb_p, ub_p,
-                   rngval_p,  colname_p, colnamestore_p, rowname_p, rownamestore_p};
-  modelout_clear(o);
-  return finish(env, guarded([&] {
-    int s = modelout_check(o);
-    if (s) return s;
-    if (filename == nullptr || filename[0] == '\0') return 1421;
-    savdata d;
-    s = savreadfile(env, filename, d);
-    if (s) return s;
-    return modelout_fill(d.m, o);
-  }));
+int VLTsavread(VLT_MODEL_ARGS) { return savout(env, filename, VLT_MODEL_OUT, savextra{}); }
+
+int VLTsavmread(VLT_MODEL_ARGS, VLT_MIP_ARGS) {
+  const mipout mo = VLT_MIP_OUT;
+  savextra x;
+  x.mip = &mo;
+  return savout(env, filename, VLT_MODEL_OUT, x);
+}
+
+int VLTsavqread(VLT_MODEL_ARGS, VLT_MIP_ARGS, VLT_QUAD_ARGS, int *numcuts_p, int *cutnzcnt_p,
+                double **cutrhs_p, char **cutsense_p, int **cutbeg_p, int **cutind_p,
+                double **cutval_p, int *numlazy_p, int *lazynzcnt_p, double **lazyrhs_p,
+                char **lazysense_p, int **lazybeg_p, int **lazyind_p, double **lazyval_p,
+                int **cstat_p, int **rstat_p) {
+  const mipout mo = VLT_MIP_OUT;
+  const quadout qo = VLT_QUAD_OUT;
+  const rowsout rows[2] = {
+      {numcuts_p, cutnzcnt_p, cutrhs_p, cutsense_p, cutbeg_p, cutind_p, cutval_p},
+      {numlazy_p, lazynzcnt_p, lazyrhs_p, lazysense_p, lazybeg_p, lazyind_p, lazyval_p}};
+  savextra x;
+  x.mip = &mo;
+  x.quad = &qo;
+  x.cuts = rows;
+  x.cstat_p = cstat_p;
+  x.rstat_p = rstat_p;
+  return savout(env, filename, VLT_MODEL_OUT, x);
 }
 
 }  // extern "C"

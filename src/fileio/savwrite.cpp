@@ -1,5 +1,6 @@
 // Writing the binary model file: the arranged model (range columns
-// included) in the user's units, the names, the basis and the column types.
+// included) in the user's units, the names, the basis, the column types and
+// the special ordered sets.
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -7,6 +8,7 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "fileio/sav.h"
+#include "mip/mip.h"
 #include "model/store.h"
 
 namespace velto {
@@ -125,12 +127,24 @@ int savwritefile(env *e, lp *p, const char *name) {
     out.array(cstat.data(), n);
     out.array(rstat.data(), m);
   }
-  // Integer part: column types; no sets.
+  // Integer part: column types and sets (a set's priority 0 when none was
+  // given).
+  const sosdata *sets = c->sos != nullptr && c->sos->count > 0 ? c->sos : nullptr;
+  const int nsets = sets ? sets->count : 0, members = sets ? sets->beg[nsets] : 0;
   out.integer(c->ctype ? 1 : 0);
-  out.integer(0);
-  out.integer(0);
-  out.integer(0);
+  out.integer(sets ? 1 : 0);
+  out.integer(nsets);
+  out.integer(members);
   if (c->ctype) out.array(c->ctype, t);
+  if (sets) {
+    std::vector<int> prio(sets->priority);
+    prio.resize(nsets, 0);
+    out.array(sets->type.data(), nsets);
+    out.array(prio.data(), nsets);
+    out.array(sets->beg.data(), nsets);
+    out.array(sets->ind.data(), members);
+    out.array(sets->wt.data(), members);
+  }
   // Quadratic part: none.
   out.integer(0);
   out.integer(0);

@@ -17,12 +17,14 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 CC=clang CXX=clang++ cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Debug -DVELTO_FUZZ=ON \
   > "$work/cmake.log" 2>&1 || { cat "$work/cmake.log"; echo "configure failed"; exit 1; }
-cmake --build "$build" --target fuzz_mps fuzz_lp fuzz_sav fuzz_par fuzz_bas fuzz_vec -j2 > "$work/build.log" 2>&1 ||
+cmake --build "$build" --target fuzz_mps fuzz_mpsrim fuzz_lp fuzz_sav fuzz_par fuzz_bas fuzz_vec -j2 > "$work/build.log" 2>&1 ||
   { tail -40 "$work/build.log"; echo "build failed"; exit 1; }
 fail=0
-for t in mps lp sav par bas vec; do
+for t in mps mpsrim lp sav par bas vec; do
   mkdir -p "$work/$t"
-  cp "$root/tests/fuzz/corpus_$t"/* "$work/$t/"
+  seeds=$t
+  [ "$t" = mpsrim ] && seeds=mps
+  cp "$root/tests/fuzz/corpus_$seeds"/* "$work/$t/"
   echo "fuzz_$t: ${secs} s"
   if ! (cd "$work" && "$build/tests/fuzz/fuzz_$t" -max_total_time="$secs" -timeout=10 \
         -rss_limit_mb=2048 -max_len=4096 -print_final_stats=1 "$work/$t" > "$work/$t.log" 2>&1); then
