@@ -6,11 +6,12 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "mip/mipbb.h"
+#include "mip/mipcuts.h"
 #include "model/store.h"
 
 namespace velto {
 
-mipplugins mipplug;
+mipplugins mipplug = {rootcutloop, nodecutloop, nullptr, nullptr};
 
 // ---- node log ----------------------------------------------------------------
 
@@ -155,7 +156,10 @@ int install(miprun &r, bbnode *nd, bool direct) {
   static const bdchglist empty;
   if (list == nullptr) list = &empty;
   if (!direct && !nd->packed.empty()) {
-    std::vector<int> cs(r.n), rs(r.m);
+    // Rows that cuts added after the node was packed enter with their
+    // slacks basic.
+    int rows = std::max(VLTgetnumrows(r.e, r.q), bb.layout.nrows);
+    std::vector<int> cs(r.n), rs(std::max(rows, 1), 1);
     std::vector<double> lo(r.n), hi(r.n);
     bool hasbasis = false;
     if (unpacknode(bb.layout, nd->packed, cs.data(), rs.data(), lo.data(), hi.data(), &hasbasis) &&
@@ -321,7 +325,13 @@ int mipnodeloop(miprun &r, bbnode *first) {
               bb.ns.actval.push_back(list.value[k]);
             }
         }
-        bool hasbasis = n > 0 && VLTgetbase(e, r.q, cs.data(), rs.data()) == 0;
+        // A basis is packed while the node problem has the rows of the
+        // packed form; after cuts at tree nodes a child starts from the
+        // basis that the node problem holds.
+        int qrows = VLTgetnumrows(e, r.q);
+        if (static_cast<int>(rs.size()) < qrows) rs.resize(qrows);
+        bool hasbasis = n > 0 && qrows == bb.layout.nrows &&
+                        VLTgetbase(e, r.q, cs.data(), rs.data()) == 0;
         std::vector<uint32_t> packed;
         packnode(bb.layout, hasbasis ? cs.data() : nullptr, hasbasis ? rs.data() : nullptr,
                  bb.ns.glb.data(), bb.ns.gub.data(), packed);
