@@ -25,41 +25,47 @@ void logheader(miprun &r) {
   r.ctl.headerdue = 0;
 }
 
+void logcolumns(miprun &r, char mark, int verdict, char objcol[64], char bestint[64],
+                char bestnode[64], char gap[32]) {
+  mipctl &ctl = r.ctl;
+  const double sen = ctl.objsen;
+  if (mark == '*') {
+    std::snprintf(objcol, 64, "%-14s%6d", "", 0);
+  } else if (verdict == 1) {
+    std::snprintf(objcol, 64, "%-20s", "    infeasible");
+  } else if (verdict == 2) {
+    std::snprintf(objcol, 64, "%-20s", "        cutoff");
+  } else {
+    double v = ctl.nodeobj * sen;
+    std::snprintf(objcol, 64, std::fabs(v) >= 1e7 ? "%14.4e%6d" : "%14.4f%6d", v,
+                  std::max(ctl.iinf, 0));
+  }
+  bool haveinc = r.inc->solnseq >= 0 && r.inc->bestobj < 1e75;
+  double bi = r.inc->bestobj * sen;
+  if (!haveinc) std::snprintf(bestint, 64, "%14s", "");
+  else std::snprintf(bestint, 64, std::fabs(bi) >= 1e7 ? "%14.4e" : "%14.4f", bi);
+  double bn = r.w->bestnodeobj;
+  double bns = bn * sen;
+  if (std::fabs(bn) >= 1e74) std::snprintf(bestnode, 64, "%14s", " ");
+  else std::snprintf(bestnode, 64, std::fabs(bns) < 1e7 ? "%14.4f" : "%14.4e", bns);
+  if (haveinc && std::fabs(bn) < 1e74) {
+    double g = 100.0 * std::fabs(bi - bns) / (std::fabs(bi) + 1e-10);
+    if (g >= 999.99) std::snprintf(gap, 32, "%9s", "--- ");
+    else std::snprintf(gap, 32, "%8.2f%%", g);
+  } else if (haveinc) {
+    std::snprintf(gap, 32, "%8.2f%%", 0.0);
+  } else {
+    std::snprintf(gap, 32, "%9s", " ");
+  }
+}
+
 void logrow(miprun &r, char mark, char plus, int left, int verdict, const bbnode *nd,
             long long itcnt) {
   env *e = r.e;
   mipctl &ctl = r.ctl;
   if (ctl.headerdue || e->params->simdisplay != 0) logheader(r);
-  const double sen = ctl.objsen;
   char objcol[64], bestint[64], bestnode[64], gap[32];
-  if (mark == '*') {
-    std::snprintf(objcol, sizeof objcol, "%-14s%6d", "", 0);
-  } else if (verdict == 1) {
-    std::snprintf(objcol, sizeof objcol, "%-20s", "    infeasible");
-  } else if (verdict == 2) {
-    std::snprintf(objcol, sizeof objcol, "%-20s", "        cutoff");
-  } else {
-    double v = ctl.nodeobj * sen;
-    std::snprintf(objcol, sizeof objcol, std::fabs(v) >= 1e7 ? "%14.4e%6d" : "%14.4f%6d", v,
-                  std::max(ctl.iinf, 0));
-  }
-  bool haveinc = r.inc->solnseq >= 0 && r.inc->bestobj < 1e75;
-  double bi = r.inc->bestobj * sen;
-  if (!haveinc) std::snprintf(bestint, sizeof bestint, "%14s", "");
-  else std::snprintf(bestint, sizeof bestint, std::fabs(bi) >= 1e7 ? "%14.4e" : "%14.4f", bi);
-  double bn = r.w->bestnodeobj;
-  double bns = bn * sen;
-  if (std::fabs(bn) >= 1e74) std::snprintf(bestnode, sizeof bestnode, "%14s", " ");
-  else std::snprintf(bestnode, sizeof bestnode, std::fabs(bns) < 1e7 ? "%14.4f" : "%14.4e", bns);
-  if (haveinc && std::fabs(bn) < 1e74) {
-    double g = 100.0 * std::fabs(bi - bns) / (std::fabs(bi) + 1e-10);
-    if (g >= 999.99) std::snprintf(gap, sizeof gap, "%9s", "--- ");
-    else std::snprintf(gap, sizeof gap, "%8.2f%%", g);
-  } else if (haveinc) {
-    std::snprintf(gap, sizeof gap, "%8.2f%%", 0.0);
-  } else {
-    std::snprintf(gap, sizeof gap, "%9s", " ");
-  }
+  logcolumns(r, mark, verdict, objcol, bestint, bestnode, gap);
   double it = static_cast<double>(itcnt);
   msg(e->reschannel, it >= 1e9 ? "%c%6d%c%5d%s%s%s%9g%s" : "%c%6d%c%5d%s%s%s%9.0f%s", mark,
       ctl.nodenum, plus, left, objcol, bestint, bestnode, it, gap);

@@ -30,12 +30,8 @@ struct cutpoint {
 
 int numrows(miprun &r) { return VLTgetnumrows(r.e, r.q); }
 
-// Verdict of the solved node problem: 0 integer, 1 infeasible, 2 cut off,
-// 4 fractional; refreshes the candidates of the node.
-int evaluate(miprun &r, const lpresult &res, double obj, cutpoint &pt) {
-  pt.obj = obj;
-  if (res.status == 3 || res.status == 4 || (res.status == 6 && res.pfeas != 1)) return pt.verdict = 1;
-  if (res.status == 12 || res.status == 22 || !(obj <= r.inc->cutoff)) return pt.verdict = 2;
+// x and the bounds of the solved node problem.
+void readpoint(miprun &r, cutpoint &pt) {
   const int n = r.n;
   pt.x.assign(std::max(n, 1), 0.0);
   pt.lb.assign(std::max(n, 1), 0.0);
@@ -45,6 +41,16 @@ int evaluate(miprun &r, const lpresult &res, double obj, cutpoint &pt) {
     VLTgetlb(r.e, r.q, pt.lb.data(), 0, n - 1);
     VLTgetub(r.e, r.q, pt.ub.data(), 0, n - 1);
   }
+}
+
+// Verdict of the solved node problem: 0 integer, 1 infeasible, 2 cut off,
+// 4 fractional; refreshes the candidates of the node.
+int evaluate(miprun &r, const lpresult &res, double obj, cutpoint &pt) {
+  pt.obj = obj;
+  if (res.status == 3 || res.status == 4 || (res.status == 6 && res.pfeas != 1)) return pt.verdict = 1;
+  if (res.status == 12 || res.status == 22 || !(obj <= r.inc->cutoff)) return pt.verdict = 2;
+  readpoint(r, pt);
+  const int n = r.n;
   int iinf = fraccount(r.ctype, n, pt.x.data(), pt.lb.data(), pt.ub.data(), r.ctl.epint, r.ctl);
   iinf += sosinfeas(r.p->core->sos, pt.x.data(), pt.lb.data(), pt.ub.data(), r.ctl.epint);
   r.ctl.iinf = iinf;
@@ -111,7 +117,8 @@ int cutround(miprun &r, cutwork &cw, const cutpoint &pt, int mask, int limit, in
     int st = coverround(cw, pt.x.data(), r.bb->ns.glb.data(), r.bb->ns.gub.data(), pt.lb.data(),
                         pt.ub.data(), lim(), (mask & kMaskCover) != 0, (mask & kMaskLocal) != 0,
                         local, cnt);
-    if (st) return st == 1 ? st : st;
+    // A lifting table past its limit ends the round of covers, not the pass.
+    if (st && st != 1) return st;
     counters[kCutCover] += cnt[0];
     counters[kCutLocalCover] += cnt[1];
     budget -= cnt[0] + cnt[1];
@@ -158,25 +165,8 @@ std::string cutlabel(const int c[kCutTypes]) {
 // A cut row during the root loop, in the columns of the node row.
 void rootcutrow(miprun &r, const int c[kCutTypes]) {
   env *e = r.e;
-  const double sen = r.ctl.objsen;
-  char objcol[64], bestint[64], gap[32];
-  double v = r.ctl.nodeobj * sen;
-  std::snprintf(objcol, sizeof objcol, std::fabs(v) >= 1e7 ? "%14.4e%6d" : "%14.4f%6d", v,
-                std::max(r.ctl.iinf, 0));
-  bool haveinc = r.inc->solnseq >= 0 && r.inc->bestobj < 1e75;
-  double bi = r.inc->bestobj * sen;
-  if (!haveinc) std::snprintf(bestint, sizeof bestint, "%14s", "");
-  else std::snprintf(bestint, sizeof bestint, std::fabs(bi) >= 1e7 ? "%14.4e" : "%14.4f", bi);
-  double bn = r.w->bestnodeobj;
-  if (haveinc && std::fabs(bn) < 1e74) {
-    double g = 100.0 * std::fabs(bi - bn * sen) / (std::fabs(bi) + 1e-10);
-    if (g >= 999.99) std::snprintf(gap, sizeof gap, "%9s", "--- ");
-    else std::snprintf(gap, sizeof gap, "%8.2f%%", g);
-  } else if (haveinc) {
-    std::snprintf(gap, sizeof gap, "%8.2f%%", 0.0);
-  } else {
-    std::snprintf(gap, sizeof gap, "%9s", " ");
-  }
+  char objcol[64], bestint[64], bestnode[64], gap[32];
+  logcolumns(r, ' ', 4, objcol, bestint, bestnode, gap);
   double it = static_cast<double>(r.w->itcnt);
   std::string label = cutlabel(c);
   msg(e->reschannel, it >= 1e9 ? "%c%12s%s%s%14s%9g" : "%c%12s%s%s%14s%9.0f", ' ', "", objcol,
@@ -402,9 +392,8 @@ int nodecutloop(miprun &r, bbnode *node) {
   mipctl &ctl = r.ctl;
   // Families separate only at nodes that come out of the tree (the start
   // of a dive).
-  static thread_local long long lastdives = -1;
-  bool fromtree = r.dive.dives != lastdives && ctl.nodenum != 0;
-  lastdives = r.dive.dives;
+  bool fromtree = r.dive.dives != cw.lastdives && ctl.nodenum != 0;
+  cw.lastdives = r.dive.dives;
   if (!fromtree) return 0;
   int mask = 0;
   if (cw.cls[kClsGub] > 1) mask |= kMaskGub;
@@ -415,15 +404,7 @@ int nodecutloop(miprun &r, bbnode *node) {
   cutpoint pt;
   pt.verdict = 4;
   pt.obj = ctl.nodeobj;
-  const int n = r.n;
-  pt.x.assign(std::max(n, 1), 0.0);
-  pt.lb.assign(std::max(n, 1), 0.0);
-  pt.ub.assign(std::max(n, 1), 0.0);
-  if (n > 0) {
-    VLTgetx(r.e, r.q, pt.x.data(), 0, n - 1);
-    VLTgetlb(r.e, r.q, pt.lb.data(), 0, n - 1);
-    VLTgetub(r.e, r.q, pt.ub.data(), 0, n - 1);
-  }
+  readpoint(r, pt);
   double oldobj = -1e75;
   int counters[kCutTypes] = {};
   cutstore local;

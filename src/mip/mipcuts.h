@@ -139,6 +139,7 @@ struct cutwork {
   // GUB cover, Gomory, disjunctive, MIR, local cover
   int cls[10] = {};
   int maxcuts = 0, baserows = 0, cutmark = 0, nodepasses = 0;
+  long long lastdives = -1;    // dives of the search at the last node seen
   cutset pool, localpool;
   cutstore purgepool, lazypool;
   std::vector<int> coverrows;  // bits 1, 2: knapsack as L / negated; 4, 8: with groups

@@ -25,13 +25,6 @@ using namespace velto_test;
 
 namespace {
 
-std::vector<std::string> modelnames() {
-  std::vector<std::string> out;
-  for (auto &r : readreference("miplib3")) out.push_back(r.name);
-  if (out.empty()) out.push_back("none");
-  return out;
-}
-
 // Runs cbc on the model; true with the point (by column name) when it
 // reports an optimal solution.
 bool cbcoptimum(const std::string &path, std::vector<std::pair<std::string, double>> &sol,
@@ -154,7 +147,7 @@ TEST_P(MiplibCuts, NoCutRemovesTheKnownOptimum) {
   VLTcloseVELTO(&env);
 }
 
-INSTANTIATE_TEST_SUITE_P(Miplib3, MiplibCuts, ::testing::ValuesIn(modelnames()),
+INSTANTIATE_TEST_SUITE_P(Miplib3, MiplibCuts, ::testing::ValuesIn(referencenames("miplib3")),
                          [](const auto &info) { return info.param; });
 
 }  // namespace

@@ -75,6 +75,23 @@ class CutsTest : public MipTest {
   std::vector<double> glb, gub;
 };
 
+// n items, `rows` knapsack rows of capacity `frac` of their weight, and
+// profits to maximize (as negative costs).
+void multiknapsack(std::mt19937 &rng, int n, int rows, double frac, binmodel &bm,
+                   std::vector<double> &obj) {
+  bm.n = n;
+  obj.resize(n);
+  for (double &c : obj) c = -static_cast<double>(5 + rng() % 60);
+  for (int i = 0; i < rows; ++i) {
+    std::vector<double> row(n);
+    double s = 0;
+    for (double &v : row) v = static_cast<double>(5 + rng() % 50), s += v;
+    bm.a.push_back(row);
+    bm.sense += "L";
+    bm.rhs.push_back(std::floor(s * frac));
+  }
+}
+
 double activity(const std::vector<int> &ind, const std::vector<double> &val, const double *x) {
   double s = 0;
   for (size_t k = 0; k < ind.size(); ++k) s += val[k] * x[ind[k]];
@@ -393,17 +410,8 @@ TEST_F(CutsTest, KnapsackModelsSolveToTheEnumeratedOptimum) {
   int withcuts = 0;
   for (int trial = 0; trial < 12 && !HasFailure(); ++trial) {
     binmodel bm;
-    bm.n = 14;
-    std::vector<double> obj(bm.n);
-    for (double &c : obj) c = -static_cast<double>(5 + rng() % 60);
-    for (int i = 0; i < 3; ++i) {
-      std::vector<double> row(bm.n);
-      double s = 0;
-      for (double &v : row) v = static_cast<double>(5 + rng() % 50), s += v;
-      bm.a.push_back(row);
-      bm.sense += "L";
-      bm.rhs.push_back(std::floor(s * 0.4));
-    }
+    std::vector<double> obj;
+    multiknapsack(rng, 14, 3, 0.4, bm, obj);
     double best = 1e30;
     for (unsigned mask = 0; mask < (1u << bm.n); ++mask) {
       if (!bm.feasible(mask)) continue;
@@ -460,17 +468,8 @@ class CutLogTest : public CutsTest {
   void build() {
     std::mt19937 rng(5);
     binmodel bm;
-    bm.n = 24;
-    std::vector<double> obj(bm.n);
-    for (double &c : obj) c = -static_cast<double>(5 + rng() % 60);
-    for (int i = 0; i < 4; ++i) {
-      std::vector<double> row(bm.n);
-      double s = 0;
-      for (double &v : row) v = static_cast<double>(5 + rng() % 50), s += v;
-      bm.a.push_back(row);
-      bm.sense += "L";
-      bm.rhs.push_back(std::floor(s * 0.35));
-    }
+    std::vector<double> obj;
+    multiknapsack(rng, 24, 4, 0.35, bm, obj);
     for (int j = 0; j + 2 < bm.n; j += 3) {  // groups of three
       std::vector<double> r(bm.n, 0.0);
       r[j] = r[j + 1] = r[j + 2] = 1;
@@ -541,14 +540,18 @@ TEST_F(CutLogTest, RootCutRowsAndTheCutPassLimit) {
   size_t bol = res.rfind('\n', at) + 1;
   EXPECT_EQ(res.substr(bol, 13), std::string(13, ' '));
   EXPECT_EQ(res.find("Cuts:  ", at + 1), std::string::npos);
-  // VLT_PARAM_CUTPASS -1: no root loop, no rows
-  TearDown();
-  SetUp();
-  build();
-  VLTsetintparam(env, VLT_PARAM_CUTPASS, -1);
-  VLTsetintparam(env, VLT_PARAM_NODELIM, 1);
-  ASSERT_EQ(VLTmipopt(env, lp), 0);
-  EXPECT_EQ(VLTgetnumrows(env, lp->mip->nodelp), VLTgetnumrows(env, lp));
+  // VLT_PARAM_CUTPASS -1: no root loop; a budget of 0 (VLT_PARAM_CUTSFACTOR
+  // 1): no cut.  Either way no rows.
+  for (int k = 0; k < 2; ++k) {
+    TearDown();
+    SetUp();
+    build();
+    if (k == 0) VLTsetintparam(env, VLT_PARAM_CUTPASS, -1);
+    else VLTsetdblparam(env, VLT_PARAM_CUTSFACTOR, 1.0);
+    VLTsetintparam(env, VLT_PARAM_NODELIM, 1);
+    ASSERT_EQ(VLTmipopt(env, lp), 0);
+    EXPECT_EQ(VLTgetnumrows(env, lp->mip->nodelp), VLTgetnumrows(env, lp));
+  }
 }
 
 }  // namespace
