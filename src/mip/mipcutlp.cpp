@@ -469,8 +469,15 @@ int nodecutloop(miprun &r, bbnode *node) {
   }
   // Local rows leave from the highest down (global rows added later sit
   // behind them and move up into place).
+  const double withlocal = pt.obj;
   for (int k = static_cast<int>(localidx.size()) - 1; k >= 0 && code == 0; --k)
     code = VLTdelrows(r.e, r.q, localidx[k], localidx[k]);
+  // The branch reads the node problem's solution: solve it again without
+  // them; the node keeps the bound they proved.
+  if (!localidx.empty() && code == 0 && pt.verdict == 4) {
+    code = resolve(r, pt);
+    pt.obj = std::max(pt.obj, withlocal);
+  }
   for (int k = 0; k < kCutTypes; ++k) cw.applied[k] = cw.pool.typecount[k];
   w->coverapplied = cw.applied[kCutCover];
   if (code) return code;

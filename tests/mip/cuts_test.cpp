@@ -508,6 +508,7 @@ TEST_F(CutLogTest, SummaryLinesCountTheCutRowsOfEachFamily) {
   ASSERT_EQ(VLTmipopt(env, lp), 0);
   int covers = rowsnamed('v'), gubs = rowsnamed('g');
   EXPECT_GT(covers + gubs, 0);
+  EXPECT_EQ(VLTgetcovcnt(env, lp), covers);
   std::string expect = "\n";
   if (gubs) expect += "GUB cover cuts applied:  " + std::to_string(gubs) + "\n";
   if (covers) expect += "Cover cuts applied:  " + std::to_string(covers) + "\n";
