@@ -4,7 +4,8 @@
 # objective, best bound, nodes and time of both, the time ratio, and at the
 # bottom the count solved and the shifted geometric mean of times (1 s).
 #   bench/miplib.sh [BUILD_DIR] [MODEL...]
-# VELTO_DATA overrides the data folder; SEC (default 60) is the time limit.
+# VELTO_DATA overrides the data folder; SEC (default 60) is the time limit;
+# VELTO_ARGS adds options to our driver (e.g. "--param VLT_PARAM_COVERS=-1").
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
@@ -33,7 +34,7 @@ for name in "${models[@]}"; do
   opt=$(awk -F'\t' -v n="$name" '$1 == n { print $6 }' "$ref")
   gunzip -c "$data/miplib3/$name.mps.gz" > "$tmp/$name.mps"
   t0=$(date +%s.%N)
-  timeout $((sec + 30)) "$velto" --quiet --threads 1 --time-limit "$sec" "$tmp/$name.mps" > "$tmp/v.out" 2>&1
+  timeout $((sec + 30)) "$velto" --quiet --threads 1 --time-limit "$sec" ${VELTO_ARGS:-} "$tmp/$name.mps" > "$tmp/v.out" 2>&1
   t1=$(date +%s.%N)
   t=$(echo "$t1 - $t0" | bc -l)
   st=$(sed -n 's/^Status: //p' "$tmp/v.out")

@@ -43,6 +43,8 @@ struct semidata {
 struct incumbent;
 struct bbtree;
 struct bbstate;
+struct cutwork;
+void cutworkfree(cutwork *cw);
 
 // Row-wise copy of the model and the objective, with the binaries of a row
 // first and then the general integers, each by descending magnitude.
@@ -69,6 +71,7 @@ struct mipwork {
   incumbent *inc = nullptr;
   bbtree *tree = nullptr;
   bbstate *bb = nullptr;  // root data, pseudocosts, bounds of the search
+  cutwork *cuts = nullptr;  // cut pools and the families' state
   ~mipwork();
 };
 

@@ -6,11 +6,12 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "mip/mipbb.h"
+#include "mip/mipcuts.h"
 #include "model/store.h"
 
 namespace velto {
 
-mipplugins mipplug;
+mipplugins mipplug = {rootcutloop, nodecutloop, nullptr, nullptr};
 
 // ---- node log ----------------------------------------------------------------
 
@@ -24,41 +25,47 @@ void logheader(miprun &r) {
   r.ctl.headerdue = 0;
 }
 
+void logcolumns(miprun &r, char mark, int verdict, char objcol[64], char bestint[64],
+                char bestnode[64], char gap[32]) {
+  mipctl &ctl = r.ctl;
+  const double sen = ctl.objsen;
+  if (mark == '*') {
+    std::snprintf(objcol, 64, "%-14s%6d", "", 0);
+  } else if (verdict == 1) {
+    std::snprintf(objcol, 64, "%-20s", "    infeasible");
+  } else if (verdict == 2) {
+    std::snprintf(objcol, 64, "%-20s", "        cutoff");
+  } else {
+    double v = ctl.nodeobj * sen;
+    std::snprintf(objcol, 64, std::fabs(v) >= 1e7 ? "%14.4e%6d" : "%14.4f%6d", v,
+                  std::max(ctl.iinf, 0));
+  }
+  bool haveinc = r.inc->solnseq >= 0 && r.inc->bestobj < 1e75;
+  double bi = r.inc->bestobj * sen;
+  if (!haveinc) std::snprintf(bestint, 64, "%14s", "");
+  else std::snprintf(bestint, 64, std::fabs(bi) >= 1e7 ? "%14.4e" : "%14.4f", bi);
+  double bn = r.w->bestnodeobj;
+  double bns = bn * sen;
+  if (std::fabs(bn) >= 1e74) std::snprintf(bestnode, 64, "%14s", " ");
+  else std::snprintf(bestnode, 64, std::fabs(bns) < 1e7 ? "%14.4f" : "%14.4e", bns);
+  if (haveinc && std::fabs(bn) < 1e74) {
+    double g = 100.0 * std::fabs(bi - bns) / (std::fabs(bi) + 1e-10);
+    if (g >= 999.99) std::snprintf(gap, 32, "%9s", "--- ");
+    else std::snprintf(gap, 32, "%8.2f%%", g);
+  } else if (haveinc) {
+    std::snprintf(gap, 32, "%8.2f%%", 0.0);
+  } else {
+    std::snprintf(gap, 32, "%9s", " ");
+  }
+}
+
 void logrow(miprun &r, char mark, char plus, int left, int verdict, const bbnode *nd,
             long long itcnt) {
   env *e = r.e;
   mipctl &ctl = r.ctl;
   if (ctl.headerdue || e->params->simdisplay != 0) logheader(r);
-  const double sen = ctl.objsen;
   char objcol[64], bestint[64], bestnode[64], gap[32];
-  if (mark == '*') {
-    std::snprintf(objcol, sizeof objcol, "%-14s%6d", "", 0);
-  } else if (verdict == 1) {
-    std::snprintf(objcol, sizeof objcol, "%-20s", "    infeasible");
-  } else if (verdict == 2) {
-    std::snprintf(objcol, sizeof objcol, "%-20s", "        cutoff");
-  } else {
-    double v = ctl.nodeobj * sen;
-    std::snprintf(objcol, sizeof objcol, std::fabs(v) >= 1e7 ? "%14.4e%6d" : "%14.4f%6d", v,
-                  std::max(ctl.iinf, 0));
-  }
-  bool haveinc = r.inc->solnseq >= 0 && r.inc->bestobj < 1e75;
-  double bi = r.inc->bestobj * sen;
-  if (!haveinc) std::snprintf(bestint, sizeof bestint, "%14s", "");
-  else std::snprintf(bestint, sizeof bestint, std::fabs(bi) >= 1e7 ? "%14.4e" : "%14.4f", bi);
-  double bn = r.w->bestnodeobj;
-  double bns = bn * sen;
-  if (std::fabs(bn) >= 1e74) std::snprintf(bestnode, sizeof bestnode, "%14s", " ");
-  else std::snprintf(bestnode, sizeof bestnode, std::fabs(bns) < 1e7 ? "%14.4f" : "%14.4e", bns);
-  if (haveinc && std::fabs(bn) < 1e74) {
-    double g = 100.0 * std::fabs(bi - bns) / (std::fabs(bi) + 1e-10);
-    if (g >= 999.99) std::snprintf(gap, sizeof gap, "%9s", "--- ");
-    else std::snprintf(gap, sizeof gap, "%8.2f%%", g);
-  } else if (haveinc) {
-    std::snprintf(gap, sizeof gap, "%8.2f%%", 0.0);
-  } else {
-    std::snprintf(gap, sizeof gap, "%9s", " ");
-  }
+  logcolumns(r, mark, verdict, objcol, bestint, bestnode, gap);
   double it = static_cast<double>(itcnt);
   msg(e->reschannel, it >= 1e9 ? "%c%6d%c%5d%s%s%s%9g%s" : "%c%6d%c%5d%s%s%s%9.0f%s", mark,
       ctl.nodenum, plus, left, objcol, bestint, bestnode, it, gap);
@@ -155,7 +162,10 @@ int install(miprun &r, bbnode *nd, bool direct) {
   static const bdchglist empty;
   if (list == nullptr) list = &empty;
   if (!direct && !nd->packed.empty()) {
-    std::vector<int> cs(r.n), rs(r.m);
+    // Rows that cuts added after the node was packed enter with their
+    // slacks basic.
+    int rows = std::max(VLTgetnumrows(r.e, r.q), bb.layout.nrows);
+    std::vector<int> cs(r.n), rs(std::max(rows, 1), 1);
     std::vector<double> lo(r.n), hi(r.n);
     bool hasbasis = false;
     if (unpacknode(bb.layout, nd->packed, cs.data(), rs.data(), lo.data(), hi.data(), &hasbasis) &&
@@ -321,7 +331,13 @@ int mipnodeloop(miprun &r, bbnode *first) {
               bb.ns.actval.push_back(list.value[k]);
             }
         }
-        bool hasbasis = n > 0 && VLTgetbase(e, r.q, cs.data(), rs.data()) == 0;
+        // A basis is packed while the node problem has the rows of the
+        // packed form; after cuts at tree nodes a child starts from the
+        // basis that the node problem holds.
+        int qrows = VLTgetnumrows(e, r.q);
+        if (static_cast<int>(rs.size()) < qrows) rs.resize(qrows);
+        bool hasbasis = n > 0 && qrows == bb.layout.nrows &&
+                        VLTgetbase(e, r.q, cs.data(), rs.data()) == 0;
         std::vector<uint32_t> packed;
         packnode(bb.layout, hasbasis ? cs.data() : nullptr, hasbasis ? rs.data() : nullptr,
                  bb.ns.glb.data(), bb.ns.gub.data(), packed);

@@ -111,6 +111,10 @@ void logheader(miprun &r);
 // verdict 1 infeasible, 2 cutoff, else the objective column.
 void logrow(miprun &r, char mark, char plus, int left, int verdict, const bbnode *nd,
             long long itcnt);
+// The columns of a node row: objective (with the infeasibility count),
+// best integer, best node, gap.
+void logcolumns(miprun &r, char mark, int verdict, char objcol[64], char bestint[64],
+                char bestnode[64], char gap[32]);
 // The stop tests in their order: 0 or a status 101..114.
 int miplimits(miprun &r);
 // The node loop from the node in slot 0; returns 0, a status or an error.

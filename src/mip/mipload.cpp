@@ -15,6 +15,7 @@
 namespace velto {
 
 mipwork::~mipwork() {
+  cutworkfree(cuts);
   delete bb;
   delete inc;
   treefree(tree);

@@ -10,6 +10,7 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "mip/mipbb.h"
+#include "mip/mipcuts.h"
 #include "model/store.h"
 
 namespace velto {
@@ -314,32 +315,6 @@ int miproot(miprun &r, bool restart, bbnode **root) {
   return 0;
 }
 
-// The lines of cuts applied (none of the families is in the library yet,
-// so only a parameter set to 1 or more prints its line).
-void cutsummary(env *e) {
-  const mipparblock *mp = e->mipparams;
-  struct line {
-    const char *fmt;
-    int par;
-  } lines[] = {{"GUB cover cuts applied:  %d\n", mp->gubcovers},
-               {"Clique cuts applied:  %d\n", mp->cliques},
-               {"Cover cuts applied:  %d\n", mp->covers},
-               {"Local cover cuts applied:  %d\n", mp->localcovers},
-               {"Implied bound cuts applied:  %d\n", mp->implbd},
-               {"Flow cuts applied:  %d\n", mp->flowcovers},
-               {"Mixed integer rounding cuts applied:  %d\n", mp->mircuts},
-               {"Flow path cuts applied:  %d\n", mp->flowpaths},
-               {"Gomory fractional cuts applied: %d\n", mp->fraccuts},
-               {"Disjunctive cuts applied: %d\n", mp->disjcuts}};
-  bool first = true;
-  for (const line &l : lines) {
-    if (l.par < 1) continue;
-    if (first) msg(e->reschannel, "\n");
-    first = false;
-    msg(e->reschannel, l.fmt, 0);
-  }
-}
-
 int mipsolve(env *e, lp *p) {
   p->lpstat = 0;
   mipwork *w = p->mip->work;
@@ -388,6 +363,8 @@ int mipsolve(env *e, lp *p) {
   bb.startsec = ctl.startsec;
   bbnode *first = nullptr;
   int code = miproot(r, restart, &first);
+  // Cuts of an earlier call stand in the node problem.
+  if (code == 0 && r.q != nullptr) r.m = VLTgetnumrows(e, r.q);
   if (code == 0) {
     if (mp->mipdisplay != 5) quietlp(e);
     e->params->predisp = 0;
@@ -448,7 +425,7 @@ int mipsolve(env *e, lp *p) {
     if (code == 0 && first != nullptr) {
       if (!fresh) {
         const bdchglist *list = first->data ? &first->data->bounds : nullptr;
-        std::vector<int> cs(n), rs(r.m);
+        std::vector<int> cs(n), rs(std::max(r.m, 1), 1);
         std::vector<double> lo(n), hi(n);
         bool hasbasis = false;
         bool ok = !first->packed.empty() &&
@@ -478,7 +455,7 @@ int mipsolve(env *e, lp *p) {
       if (st) code = st;
     }
   }
-  if (ctl.display >= 1) cutsummary(e);
+  if (ctl.display >= 1) cutsummary(e, w);
   return code;
 }
 

@@ -50,6 +50,15 @@ inline std::vector<refentry> readreference(const std::string &set) {
   return out;
 }
 
+// Names of the models of a set, or {"none"} so that a parameterized suite
+// still has one case to skip.
+inline std::vector<std::string> referencenames(const std::string &set) {
+  std::vector<std::string> out;
+  for (auto &r : readreference(set)) out.push_back(r.name);
+  if (out.empty()) out.push_back("none");
+  return out;
+}
+
 // Path of a model of a set: <datadir>/<set>/<name>.mps.gz.
 inline std::string modelpath(const std::string &set, const std::string &name) {
   return datadir() + "/" + set + "/" + name + ".mps.gz";

@@ -19,13 +19,6 @@ using namespace velto_test;
 
 namespace {
 
-std::vector<std::string> modelnames() {
-  std::vector<std::string> out;
-  for (auto &r : readreference("miplib3")) out.push_back(r.name);
-  if (out.empty()) out.push_back("none");
-  return out;
-}
-
 // True when cbc is installed and proves the model optimal within 10 s.
 bool cbcsolves(const std::string &path, std::string *why) {
   if (std::system("command -v cbc >/dev/null 2>&1") != 0) {
@@ -81,7 +74,7 @@ TEST_P(MiplibBB, SolvesWhatCbcSolvesInTenSeconds) {
   VLTcloseVELTO(&env);
 }
 
-INSTANTIATE_TEST_SUITE_P(Miplib3, MiplibBB, ::testing::ValuesIn(modelnames()),
+INSTANTIATE_TEST_SUITE_P(Miplib3, MiplibBB, ::testing::ValuesIn(referencenames("miplib3")),
                          [](const auto &info) { return info.param; });
 
 }  // namespace
