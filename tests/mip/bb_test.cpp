@@ -328,6 +328,8 @@ TEST_F(BB, ToleranceAndBinaryBoundWarnings) {
 TEST_F(BB, NodeLogLines) {
   dense d = parityknap(11);
   load(d);
+  // one cover closes the parity at the root; this test watches the tree
+  VLTsetintparam(env, VLT_PARAM_COVERS, -1);
   VLTsetintparam(env, VLT_PARAM_MIPINTERVAL, 1);
   take(res);
   ASSERT_EQ(VLTmipopt(env, lp), 0);
@@ -542,6 +544,7 @@ TEST_F(BB, BranchDirectionAndOrderDirection) {
       EXPECT_EQ(VLTcopyorder(env, lp, 11, ind.data(), pri.data(), dir.data()), 0);
     }
     VLTsetintparam(env, VLT_PARAM_BRDIR, brdir);
+    VLTsetintparam(env, VLT_PARAM_COVERS, -1);  // a cover would close the root
     VLTsetintparam(env, VLT_PARAM_MIPINTERVAL, 1);
     logtext.clear();
     EXPECT_EQ(VLTmipopt(env, lp), 0);
