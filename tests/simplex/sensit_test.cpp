@@ -1,0 +1,508 @@
+// Sensitivity ranges and quality measures through the public calls.  Ranges
+// are checked by what they mean (warm re-solves just inside and just outside
+// each finite end, tests/common/rangecheck.h); quality measures against the
+// independent checker of tests/common/lpcheck.h.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "common/lpcheck.h"
+#include "common/rangecheck.h"
+#include "common/reference.h"
+#include "velto.h"
+
+namespace {
+
+class Sensit : public ::testing::Test {
+ protected:
+  VLTENVptr env = nullptr;
+  VLTLPptr lp = nullptr;
+  std::string errors;
+
+  static void collect(void *h, const char *text) { static_cast<std::string *>(h)->append(text); }
+
+  void SetUp() override {
+    int st = 0;
+    env = VLTopenVELTO(&st);
+    ASSERT_NE(env, nullptr);
+    VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
+    VLTCHANNELptr cerr = nullptr, cwarn = nullptr, cres = nullptr, clog = nullptr;
+    VLTgetchannels(env, &cres, &cwarn, &cerr, &clog);
+    VLTaddfuncdest(env, cerr, &errors, collect);
+    lp = VLTcreateprob(env, &st, "sensit");
+  }
+  void TearDown() override {
+    VLTfreeprob(env, &lp);
+    VLTcloseVELTO(&env);
+  }
+
+  struct rowspec {
+    std::vector<std::pair<int, double>> a;
+    char sense;
+    double rhs, rng = 0.0;
+  };
+
+  void load(int objsen, const std::vector<double> &c, const std::vector<double> &lb,
+            const std::vector<double> &ub, const std::vector<rowspec> &rows) {
+    const int n = static_cast<int>(c.size()), m = static_cast<int>(rows.size());
+    std::vector<int> beg(n), cnt(n), ind;
+    std::vector<double> val, rhs(m), rng(m);
+    std::vector<char> sense(m);
+    for (int j = 0; j < n; ++j) {
+      beg[j] = static_cast<int>(ind.size());
+      for (int i = 0; i < m; ++i)
+        for (auto &e : rows[i].a)
+          if (e.first == j) {
+            ind.push_back(i);
+            val.push_back(e.second);
+          }
+      cnt[j] = static_cast<int>(ind.size()) - beg[j];
+    }
+    for (int i = 0; i < m; ++i) {
+      sense[i] = rows[i].sense;
+      rhs[i] = rows[i].rhs;
+      rng[i] = rows[i].rng;
+    }
+    ASSERT_EQ(VLTcopylp(env, lp, n, m, objsen, c.data(), rhs.data(), sense.data(), beg.data(),
+                        cnt.data(), ind.data(), val.data(), lb.data(), ub.data(), rng.data()),
+              0);
+  }
+
+  // Every kind of row and column: 'G', 'L', 'E' and ranged rows; a bounded,
+  // a free, a fixed and an upper-bounded column.  objsen -1 loads the same
+  // problem as a maximization of the negated costs.
+  void mixed(int objsen) {
+    std::vector<double> c = {2, 3, -1, 0, 1, 4};
+    for (double &v : c) v *= objsen;
+    load(objsen, c, {0, 0, -1e20, -1e20, 1, 0}, {10, 1e20, 4, 1e20, 1, 3},
+         {{{{0, 1}, {1, 1}, {2, 1}}, 'G', 4},
+          {{{0, 1}, {1, -1}, {3, 1}}, 'L', 2},
+          {{{1, 1}, {2, 1}, {4, 1}}, 'E', 5},
+          {{{0, 1}, {5, 1}}, 'R', 1, 5},
+          {{{2, 1}, {3, -1}}, 'L', 3}});
+  }
+
+  void solve_optimal() {
+    ASSERT_EQ(VLTlpopt(env, lp), 0);
+    ASSERT_EQ(VLTgetstat(env, lp), 1);
+  }
+
+  void probe_all(const std::string &name) {
+    rangecheck::tally t;
+    ASSERT_EQ(rangecheck::checkmodel(env, lp, 1000, t, name), 0);
+    for (auto &f : t.failures) ADD_FAILURE() << f;
+    EXPECT_EQ(t.unconfirmed, 0) << name << ": outside ends where the basis stood";
+    EXPECT_GT(t.inside, 0);
+    if (std::getenv("VELTO_TEST_VERBOSE"))
+      std::printf("%s: %ld ranges, %ld inside and %ld outside points\n", name.c_str(), t.ranges,
+                  t.inside, t.outside);
+  }
+};
+
+TEST_F(Sensit, RangesHoldInsideAndBreakOutside_MixedRowsAndColumns) {
+  mixed(1);
+  solve_optimal();
+  probe_all("mixed-min");
+}
+
+TEST_F(Sensit, RangesHoldInsideAndBreakOutside_Maximization) {
+  mixed(-1);
+  solve_optimal();
+  probe_all("mixed-max");
+}
+
+// The same problem as a minimization and as a maximization of the negated
+// costs: the cost ranges mirror, the others agree.
+TEST_F(Sensit, MaximizationMirrorsCostRanges) {
+  std::vector<double> lo[2], up[2], rlo[2], rup[2];
+  for (int s = 0; s < 2; ++s) {
+    VLTfreeprob(env, &lp);
+    int st = 0;
+    lp = VLTcreateprob(env, &st, "m");
+    mixed(s == 0 ? 1 : -1);
+    solve_optimal();
+    lo[s].resize(6);
+    up[s].resize(6);
+    rlo[s].resize(5);
+    rup[s].resize(5);
+    ASSERT_EQ(VLTobjsa(env, lp, 0, 5, lo[s].data(), up[s].data()), 0);
+    ASSERT_EQ(VLTrhssa(env, lp, 0, 4, rlo[s].data(), rup[s].data()), 0);
+  }
+  for (int j = 0; j < 6; ++j) {
+    EXPECT_NEAR(lo[1][j], -up[0][j], 1e-9) << j;
+    EXPECT_NEAR(up[1][j], -lo[0][j], 1e-9) << j;
+  }
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_NEAR(rlo[1][i], rlo[0][i], 1e-9) << i;
+    EXPECT_NEAR(rup[1][i], rup[0][i], 1e-9) << i;
+  }
+}
+
+// A degenerate vertex: three constraints through (1, 0) in two dimensions.
+// Ranges are those of the final basis, one side possibly of width zero.
+TEST_F(Sensit, DegenerateVertexRangesAreThoseOfTheBasis) {
+  load(1, {-1, -1}, {0, 0}, {1e20, 1e20},
+       {{{{0, 1}, {1, 1}}, 'L', 1}, {{{0, 1}}, 'L', 1}, {{{0, 1}, {1, 2}}, 'L', 2},
+        {{{1, 1}}, 'L', 1}});
+  solve_optimal();
+  probe_all("degenerate");
+}
+
+// Nonbasic columns: at its lower bound the range is [c - d, inf); a fixed
+// column has no limits; at the upper bound (-inf, c - d].
+TEST_F(Sensit, NonbasicColumnRangesFollowReducedCosts) {
+  load(1, {1, 2, -1, 5}, {0, 0, 0, 2}, {1e20, 1e20, 3, 2},
+       {{{{0, 1}, {1, 1}, {2, 1}, {3, 1}}, 'G', 4}});
+  solve_optimal();
+  std::vector<int> cstat(4), rstat(1);
+  ASSERT_EQ(VLTgetbase(env, lp, cstat.data(), rstat.data()), 0);
+  std::vector<double> d(4), lo(4), up(4);
+  ASSERT_EQ(VLTgetdj(env, lp, d.data(), 0, 3), 0);
+  ASSERT_EQ(VLTobjsa(env, lp, 0, 3, lo.data(), up.data()), 0);
+  const double c[4] = {1, 2, -1, 5};
+  int seen = 0;
+  for (int j = 0; j < 4; ++j) {
+    if (j == 3) {
+      EXPECT_EQ(lo[j], -1e20);  // fixed
+      EXPECT_EQ(up[j], 1e20);
+      continue;
+    }
+    if (cstat[j] == 0) {
+      EXPECT_NEAR(lo[j], c[j] - d[j], 1e-12);
+      EXPECT_EQ(up[j], 1e20);
+      ++seen;
+    } else if (cstat[j] == 2) {
+      EXPECT_EQ(lo[j], -1e20);
+      EXPECT_NEAR(up[j], c[j] - d[j], 1e-12);
+      ++seen;
+    }
+  }
+  EXPECT_EQ(cstat[2], 2);  // x2 at its upper bound 3
+  EXPECT_GE(seen, 2);
+}
+
+// A basic column that no nonbasic column limits: its cost may take any value.
+TEST_F(Sensit, BasicColumnWithoutLimitsHasTheWholeLine) {
+  load(1, {3, 1}, {-1e20, 0}, {1e20, 1e20}, {{{{0, 1}}, 'E', 2}, {{{1, 1}}, 'G', 1}});
+  solve_optimal();
+  double lo[2], up[2];
+  ASSERT_EQ(VLTobjsa(env, lp, 0, 1, lo, up), 0);
+  EXPECT_EQ(lo[0], -1e20);
+  EXPECT_EQ(up[0], 1e20);
+  probe_all("unlimited");
+}
+
+// The extended row ranges: an equality row agrees with VLTrhssa on both
+// sides; the infinite side of an inequality reaches down to the activity.
+TEST_F(Sensit, ExtendedRowRangesBySense) {
+  mixed(1);
+  solve_optimal();
+  const int m = 5;
+  std::vector<double> rlo(m), rup(m), a(m), b(m), c(m), d(m), ax(m);
+  ASSERT_EQ(VLTrhssa(env, lp, 0, m - 1, rlo.data(), rup.data()), 0);
+  ASSERT_EQ(VLTErangesa(env, lp, 0, m - 1, a.data(), b.data(), c.data(), d.data()), 0);
+  ASSERT_EQ(VLTgetax(env, lp, ax.data(), 0, m - 1), 0);
+  // Row 2 is the equality.
+  EXPECT_EQ(a[2], rlo[2]);
+  EXPECT_EQ(b[2], rup[2]);
+  EXPECT_EQ(c[2], rlo[2]);
+  EXPECT_EQ(d[2], rup[2]);
+  // 'G' row 0: the low side as VLTrhssa, the high side from the activity up.
+  EXPECT_EQ(a[0], rlo[0]);
+  EXPECT_EQ(b[0], rup[0]);
+  EXPECT_NEAR(c[0], ax[0], 1e-9);
+  EXPECT_EQ(d[0], 1e20);
+  // 'L' rows 1 and 4: the mirror image.
+  for (int i : {1, 4}) {
+    EXPECT_EQ(a[i], -1e20);
+    EXPECT_NEAR(b[i], ax[i], 1e-9);
+    EXPECT_EQ(c[i], rlo[i]);
+    EXPECT_EQ(d[i], rup[i]);
+  }
+  // The ranged row: each side's range holds its current value.
+  EXPECT_LE(a[3], 1.0 + 1e-9);
+  EXPECT_GE(b[3], 1.0 - 1e-9);
+  EXPECT_LE(c[3], 6.0 + 1e-9);
+  EXPECT_GE(d[3], 6.0 - 1e-9);
+}
+
+// The probe over a side of a ranged row: moving the side in force within its
+// reported range keeps the basis.
+TEST_F(Sensit, RangedRowSideInForceKeepsTheBasis) {
+  // min x0 + x1, 2 <= x0 + x1 <= 7 (ranged), x0 - x1 <= 1: the low end binds.
+  load(1, {1, 1}, {0, 0}, {1e20, 1e20},
+       {{{{0, 1}, {1, 1}}, 'R', 2, 5}, {{{0, 1}, {1, -1}}, 'L', 1}});
+  solve_optimal();
+  double a, b, c, d;
+  ASSERT_EQ(VLTErangesa(env, lp, 0, 0, &a, &b, &c, &d), 0);
+  EXPECT_LE(a, 2.0);
+  EXPECT_GE(b, 2.0);
+  EXPECT_LE(b, 7.0);  // never past the high end
+  EXPECT_NEAR(c, 2.0, 1e-9);
+  EXPECT_EQ(d, 1e20);
+  // Move the low end (rhs and range together keep the high end at 7).
+  std::vector<int> cs(2), rs(2);
+  ASSERT_EQ(VLTgetbase(env, lp, cs.data(), rs.data()), 0);
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
+  const double inside = b - 1e-7 * (1 + std::fabs(b));
+  int row = 0;
+  double rng = 7.0 - inside;
+  ASSERT_EQ(VLTchgrhs(env, lp, 1, &row, &inside), 0);
+  ASSERT_EQ(VLTchgrngval(env, lp, 1, &row, &rng), 0);
+  ASSERT_EQ(VLTcopybase(env, lp, cs.data(), rs.data()), 0);
+  ASSERT_EQ(VLTdualopt(env, lp), 0);
+  EXPECT_EQ(VLTgetstat(env, lp), 1);
+  EXPECT_EQ(VLTgetitcnt(env, lp), 0);
+}
+
+TEST_F(Sensit, ArgumentAndStatusChecks) {
+  double lo[8], up[8];
+  // No solution yet.
+  mixed(1);
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 0, lo, up), 1217);
+  EXPECT_EQ(VLTrhssa(env, lp, 0, 0, lo, up), 1217);
+  solve_optimal();
+  errors.clear();
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 0, nullptr, up), 1004);
+  EXPECT_EQ(VLTboundsa(env, lp, 0, 0, nullptr, nullptr, nullptr, nullptr), 1004);
+  EXPECT_EQ(VLTboundsa(env, lp, 0, 0, nullptr, lo, nullptr, nullptr), 0);  // one array suffices
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 6, lo, up), 1200);
+  EXPECT_EQ(VLTrhssa(env, lp, -1, 2, lo, up), 1200);
+  EXPECT_EQ(VLTErangesa(env, lp, 3, 5, lo, up, nullptr, nullptr), 1200);
+  EXPECT_NE(errors.find("VELTO Error  1200"), std::string::npos) << errors;
+  EXPECT_EQ(VLTobjsa(env, lp, 3, 2, lo, up), 0);  // an empty range is no error
+  EXPECT_EQ(VLTobjsa(nullptr, lp, 0, 0, lo, up), 1002);
+  EXPECT_EQ(VLTobjsa(env, nullptr, 0, 0, lo, up), 1009);
+  // A model change drops the solution.
+  double v = 3.0;
+  int j = 0;
+  ASSERT_EQ(VLTchgobj(env, lp, 1, &j, &v), 0);
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 0, lo, up), 1217);
+}
+
+TEST_F(Sensit, DualInfeasibleResultHasNoRanges) {
+  // x0 + x1 >= 3 with x0, x1 <= 1: infeasible; the dual method says so.
+  load(1, {1, 1}, {0, 0}, {1, 1}, {{{{0, 1}, {1, 1}}, 'G', 3}});
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  ASSERT_EQ(VLTdualopt(env, lp), 0);
+  ASSERT_EQ(VLTgetstat(env, lp), 3);
+  double lo[2], up[2];
+  errors.clear();
+  EXPECT_EQ(VLTrhssa(env, lp, 0, 0, lo, up), 1260);
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 1, lo, up), 1260);
+  EXPECT_NE(errors.find("Sensitivity analysis not available for current status"),
+            std::string::npos)
+      << errors;
+}
+
+TEST_F(Sensit, IntegerProblemHasNoRanges) {
+  mixed(1);
+  const char ct[6] = {'I', 'C', 'C', 'C', 'C', 'C'};
+  ASSERT_EQ(VLTcopyctype(env, lp, ct), 0);
+  ASSERT_EQ(VLTmipopt(env, lp), 0);
+  double lo[6], up[6];
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 5, lo, up), 1017);
+}
+
+// ---- Netlib ----------------------------------------------------------------
+
+class SensitNetlib : public Sensit, public ::testing::WithParamInterface<const char *> {};
+
+TEST_P(SensitNetlib, RangesHoldInsideAndBreakOutside) {
+  const std::string path = velto_test::datadir() + "/netlib/" + GetParam() + ".mps.gz";
+  if (VLTreadcopyprob(env, lp, path.c_str(), nullptr) != 0)
+    GTEST_SKIP() << "no " << path << " (set VELTO_DATA)";
+  solve_optimal();
+  probe_all(GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Small, SensitNetlib, ::testing::Values("afiro", "sc105", "kb2", "share2b"));
+
+// ---- quality measures ---------------------------------------------------------
+
+struct point {
+  std::vector<double> x, slack, pi, dj;
+};
+
+point readpoint(VLTENVptr env, VLTLPptr lp) {
+  const int n = VLTgetnumcols(env, lp), m = VLTgetnumrows(env, lp);
+  point p;
+  p.x.resize(n);
+  p.slack.resize(m);
+  p.pi.resize(m);
+  p.dj.resize(n);
+  VLTgetx(env, lp, p.x.data(), 0, n - 1);
+  VLTgetslack(env, lp, p.slack.data(), 0, m - 1);
+  VLTgetpi(env, lp, p.pi.data(), 0, m - 1);
+  VLTgetdj(env, lp, p.dj.data(), 0, n - 1);
+  return p;
+}
+
+double quality(VLTENVptr env, VLTLPptr lp, int what) {
+  double v = -1.0;
+  EXPECT_EQ(VLTgetdblquality(env, lp, &v, what), 0) << what;
+  return v;
+}
+
+// The measures against the checker's own recomputation from the model.
+void expect_measures_agree(VLTENVptr env, VLTLPptr lp, const std::string &name) {
+  const lpcheck::model md = lpcheck::from_api(env, lp);
+  const point p = readpoint(env, lp);
+  // Primal infeasibility: the checker's largest bound or row violation of
+  // x, where the rows are measured by the slacks the library reports; the
+  // two agree to the size of the residuals.
+  const double resid = quality(env, lp, VLT_QUAL_MAX_PRIMAL_RESIDUAL);
+  int at = -1;
+  const double pv = lpcheck::primal_violation(md, p.x, false, &at);
+  EXPECT_NEAR(quality(env, lp, VLT_QUAL_MAX_PRIMAL_INFEAS), pv, 1e-9 + 2 * resid) << name;
+  // Residuals of the rows, recomputed.
+  const std::vector<double> ax = lpcheck::activity(md, p.x);
+  double rmax = 0.0;
+  for (int i = 0; i < md.m; ++i) {
+    const double want = md.sense[i] == 'R' ? ax[i] - md.rhs[i] : md.rhs[i] - ax[i];
+    rmax = std::max(rmax, std::fabs(want - p.slack[i]));
+  }
+  EXPECT_NEAR(resid, rmax, 1e-12 + 1e-12 * rmax) << name;
+  int index = -2;
+  double cax = VLTcheckax(env, lp, &index, 0);
+  EXPECT_EQ(cax, resid) << name;
+  if (rmax > 0.0) {
+    ASSERT_GE(index, 0);
+    const double want = md.sense[index] == 'R' ? ax[index] - md.rhs[index] : md.rhs[index] - ax[index];
+    EXPECT_NEAR(std::fabs(want - p.slack[index]), rmax, 1e-12 + 1e-9 * rmax) << name;
+  }
+  // Dual residuals: c - A'pi - d in the user's sign.
+  std::vector<double> y(md.m);
+  for (int i = 0; i < md.m; ++i) y[i] = md.objsen * p.pi[i];
+  const std::vector<double> d = lpcheck::reduced_costs(md, y);
+  double dmax = 0.0;
+  for (int j = 0; j < md.n; ++j) dmax = std::max(dmax, std::fabs(d[j] - md.objsen * p.dj[j]));
+  EXPECT_NEAR(quality(env, lp, VLT_QUAL_MAX_DUAL_RESIDUAL), dmax, 1e-12 + 1e-9 * dmax) << name;
+  EXPECT_EQ(VLTcheckpib(env, lp, nullptr, 0), quality(env, lp, VLT_QUAL_MAX_DUAL_RESIDUAL));
+  // The objectives: the primal one is c'x; at an optimum the dual one meets it.
+  const double primal = md.objsen * lpcheck::objective(md, p.x);
+  EXPECT_NEAR(quality(env, lp, VLT_QUAL_PRIMAL_OBJ), primal, 1e-9 * (1 + std::fabs(primal)))
+      << name;
+  if (VLTgetstat(env, lp) == 1) {
+    EXPECT_NEAR(quality(env, lp, VLT_QUAL_DUAL_OBJ), primal, 1e-6 * (1 + std::fabs(primal)))
+        << name;
+    EXPECT_LE(std::fabs(quality(env, lp, VLT_QUAL_OBJ_GAP)), 1e-6 * (1 + std::fabs(primal)));
+    // Dual feasibility of an optimum, in the checker's terms and in ours.
+    EXPECT_LE(lpcheck::dual_violation(md, p.x, y, 1e-9), 1e-6) << name;
+    EXPECT_LE(quality(env, lp, VLT_QUAL_MAX_DUAL_INFEAS), 1e-6) << name;
+    EXPECT_LE(quality(env, lp, VLT_QUAL_MAX_COMP_SLACK), 1e-6 * (1 + std::fabs(primal))) << name;
+  }
+  // Sizes.
+  double xmax = 0.0, xsum = 0.0;
+  for (double v : p.x) {
+    xmax = std::max(xmax, std::fabs(v));
+    xsum += std::fabs(v);
+  }
+  EXPECT_EQ(quality(env, lp, VLT_QUAL_MAX_X), xmax);
+  EXPECT_NEAR(quality(env, lp, VLT_QUAL_SUM_X), xsum, 1e-12 * (1 + xsum));
+  // The model is not held scaled: scaled measures equal the unscaled ones.
+  for (int code : {1, 3, 5, 7, 11, 13, 15, 17, 23, 25, 29, 31, 33, 35, 37})
+    EXPECT_EQ(quality(env, lp, code), quality(env, lp, code + 1)) << code;
+  // Except the scaled largest slack, which leaves out equality rows.
+  double smax = 0.0, smaxne = 0.0;
+  for (int i = 0; i < md.m; ++i) {
+    smax = std::max(smax, std::fabs(p.slack[i]));
+    if (md.sense[i] != 'E') smaxne = std::max(smaxne, std::fabs(p.slack[i]));
+  }
+  EXPECT_EQ(quality(env, lp, VLT_QUAL_MAX_SLACK), smax);
+  EXPECT_EQ(quality(env, lp, VLT_QUAL_MAX_SCALED_SLACK), smaxne);
+}
+
+TEST_F(Sensit, QualityMeasuresAgreeWithTheChecker_Optimal) {
+  mixed(-1);
+  solve_optimal();
+  expect_measures_agree(env, lp, "mixed");
+}
+
+TEST_F(Sensit, QualityMeasuresAgreeWithTheChecker_IterationLimit) {
+  // Stopped early: the point is infeasible and the measures say by how much.
+  const std::string path = velto_test::datadir() + "/netlib/sc105.mps.gz";
+  if (VLTreadcopyprob(env, lp, path.c_str(), nullptr) != 0) GTEST_SKIP() << "no " << path;
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  VLTsetintparam(env, VLT_PARAM_ITLIM, 5);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  ASSERT_EQ(VLTgetstat(env, lp), 10);
+  expect_measures_agree(env, lp, "sc105-itlim");
+  double v = quality(env, lp, VLT_QUAL_MAX_PRIMAL_INFEAS);
+  int at = -5;
+  ASSERT_EQ(VLTgetintquality(env, lp, &at, VLT_QUAL_MAX_PRIMAL_INFEAS), 0);
+  if (v > 0.0) {
+    const lpcheck::model md = lpcheck::from_api(env, lp);
+    const point p = readpoint(env, lp);
+    int cat = -1;
+    lpcheck::primal_violation(md, p.x, false, &cat);
+    // The checker numbers a row i as n + i; the library as ~i.
+    const int want = cat >= md.n ? -(cat - md.n) - 1 : cat;
+    EXPECT_EQ(at, want);
+  }
+}
+
+TEST_F(Sensit, QualityMeasuresAgreeWithTheChecker_Netlib) {
+  for (const char *name : {"afiro", "sc105", "adlittle", "blend"}) {
+    const std::string path = velto_test::datadir() + "/netlib/" + name + ".mps.gz";
+    if (VLTreadcopyprob(env, lp, path.c_str(), nullptr) != 0) GTEST_SKIP() << "no " << path;
+    solve_optimal();
+    expect_measures_agree(env, lp, name);
+  }
+}
+
+TEST_F(Sensit, QualityCodesAndStatuses) {
+  double v = 0.0;
+  int at = 0;
+  mixed(1);
+  EXPECT_EQ(VLTgetdblquality(env, lp, &v, 1), 1217);
+  EXPECT_EQ(VLTcheckax(env, lp, &at, 0), -1.0);
+  solve_optimal();
+  for (int code : {0, 20, 22, 43, -1}) EXPECT_EQ(VLTgetdblquality(env, lp, &v, code), 1003) << code;
+  EXPECT_EQ(VLTgetdblquality(env, lp, &v, 9), 3003);
+  EXPECT_EQ(VLTgetdblquality(env, lp, nullptr, 1), 1004);
+  EXPECT_EQ(VLTgetintquality(env, lp, nullptr, 1), 1004);
+  // Sums and the scaled slack measure have no index.
+  for (int code : {3, 13, 28, 31, 39, 40}) EXPECT_EQ(VLTgetintquality(env, lp, &at, code), 1003) << code;
+  EXPECT_EQ(VLTgetintquality(env, lp, &at, 23), 0);
+  const point p = readpoint(env, lp);
+  EXPECT_EQ(std::fabs(p.x[at]), quality(env, lp, VLT_QUAL_MAX_X));
+  EXPECT_EQ(quality(env, lp, VLT_QUAL_KAPPA), VLTgetkappa(env, lp));
+}
+
+TEST_F(Sensit, KappaOfAnAllSlackBasisIsOne) {
+  // max x0 + x1 with x0, x1 <= 0 through 'L' rows: the slack basis is optimal.
+  load(-1, {-1, -1}, {0, 0}, {1e20, 1e20}, {{{{0, 1}}, 'L', 4}, {{{1, 1}}, 'L', 4}});
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  std::vector<int> cs(2), rs(2);
+  ASSERT_EQ(VLTgetbase(env, lp, cs.data(), rs.data()), 0);
+  ASSERT_EQ(rs[0], 1);
+  ASSERT_EQ(rs[1], 1);
+  EXPECT_EQ(quality(env, lp, VLT_QUAL_KAPPA), 1.0);
+}
+
+TEST_F(Sensit, IntegerInfeasibilityOfAnIncumbent) {
+  mixed(1);
+  const char ct[6] = {'I', 'C', 'I', 'C', 'C', 'C'};
+  ASSERT_EQ(VLTcopyctype(env, lp, ct), 0);
+  double v = -1.0;
+  EXPECT_EQ(VLTgetdblquality(env, lp, &v, 9), 3017);
+  ASSERT_EQ(VLTmipopt(env, lp), 0);
+  ASSERT_EQ(VLTgetdblquality(env, lp, &v, 9), 0);
+  std::vector<double> x(6);
+  ASSERT_EQ(VLTgetmipx(env, lp, x.data(), 0, 5), 0);
+  double want = 0.0;
+  for (int j : {0, 2}) want = std::max(want, std::fabs(x[j] - std::round(x[j])));
+  EXPECT_NEAR(v, want, 1e-15);
+  ASSERT_EQ(VLTgetdblquality(env, lp, &v, VLT_QUAL_MAX_PRIMAL_INFEAS), 0);
+  const lpcheck::model md = lpcheck::from_api(env, lp);
+  EXPECT_NEAR(v, lpcheck::primal_violation(md, x), 1e-9);
+}
+
+}  // namespace
