@@ -362,9 +362,17 @@ int boundsa(env *e, lp *p, int begin, int end, double *lblower, double *lbupper,
     const int k = j - begin;
     const double x = f.x[j], lb = f.prob.lb[j], ub = f.prob.ub[j];
     const double lbv = isfin(lb) ? lb : -kNone, ubv = isfin(ub) ? ub : kNone;
-    int stj = f.status[j];
-    // A fixed nonbasic column stands at the bound its reduced cost asks for.
-    if ((stj == 0 || stj == 2) && ub - lb < kPivTol) stj = f.d[j] >= 0 ? 0 : 2;
+    const int stj = f.status[j];
+    // A fixed nonbasic column whose reduced cost asks for the other bound is
+    // optimal only while it stays fixed: neither bound may move.
+    if ((stj == 0 || stj == 2) && ub - lb < kPivTol &&
+        (stj == 0 ? f.d[j] < -e->params->epopt : f.d[j] > e->params->epopt)) {
+      put(lblower, k, lbv);
+      put(lbupper, k, lbv);
+      put(ublower, k, ubv);
+      put(ubupper, k, ubv);
+      continue;
+    }
     if (stj == 1 || stj == 3) {
       // The bounds are not in force: each may move up to the value.
       double a, b;
