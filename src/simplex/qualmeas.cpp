@@ -388,6 +388,16 @@ int qualcall(env *e, lp *p, bool out, F work) {
   return finish(e, status);
 }
 
+// A largest measure as a double with its index; -1.0 on failure.
+double largest(env *e, lp *p, int *index, int what) {
+  double v = -1.0;
+  int at = -1;
+  int st = qualcall(e, p, true, [&](velto_lp *q) { return quality(e, q, what, &v, &at); });
+  if (st) return -1.0;
+  if (index) *index = at;
+  return v;
+}
+
 }  // namespace
 }  // namespace velto
 
@@ -406,25 +416,11 @@ int VLTgetintquality(VLTENVptr env, VLTLPptr lp, int *index, int what) {
 }
 
 double VLTcheckax(VLTENVptr env, VLTLPptr lp, int *index, int flag) {
-  double v = -1.0;
-  int at = -1;
-  int st = qualcall(env, lp, true, [&](velto_lp *p) {
-    return quality(env, p, flag ? 12 : 11, &v, &at);
-  });
-  if (st) return -1.0;
-  if (index) *index = at;
-  return v;
+  return largest(env, lp, index, flag ? 12 : 11);
 }
 
 double VLTcheckpib(VLTENVptr env, VLTLPptr lp, int *index, int flag) {
-  double v = -1.0;
-  int at = -1;
-  int st = qualcall(env, lp, true, [&](velto_lp *p) {
-    return quality(env, p, flag ? 16 : 15, &v, &at);
-  });
-  if (st) return -1.0;
-  if (index) *index = at;
-  return v;
+  return largest(env, lp, index, flag ? 16 : 15);
 }
 
 }  // extern "C"

@@ -133,6 +133,22 @@ int openframe(env *e, lp *p, bframe &f) {
   return frame_open(e, p, f, kFrameSolnOnly, kNotAvailable);
 }
 
+// The frame with the limits of its basic variables, for the right-side and
+// bound walks.
+struct walkframe {
+  bframe f;
+  basiclimits bl;
+  std::vector<double> w;  // work column over the rows
+};
+
+int openwalk(env *e, lp *p, walkframe &wf) {
+  int st = openframe(e, p, wf.f);
+  if (st) return st;
+  makelimits(wf.f, e->params->eprhs, wf.bl);
+  wf.w.assign(wf.f.m, 0.0);
+  return 0;
+}
+
 // ---- costs -------------------------------------------------------------
 
 // Row-wise copy of the structural and range columns of the frame.
@@ -262,12 +278,12 @@ int objsa(env *e, lp *p, int begin, int end, double *lower, double *upper) {
 // ---- right-hand sides ----------------------------------------------------
 
 int rhssa(env *e, lp *p, int begin, int end, double *lower, double *upper) {
-  bframe f;
-  int st = openframe(e, p, f);
+  walkframe wf;
+  int st = openwalk(e, p, wf);
   if (st) return st;
-  basiclimits bl;
-  makelimits(f, e->params->eprhs, bl);
-  std::vector<double> w(f.m);
+  bframe &f = wf.f;
+  basiclimits &bl = wf.bl;
+  std::vector<double> &w = wf.w;
   for (int i = begin; i <= end; ++i) {
     double lo, hi;
     rhsmove(f, bl, i, w, lo, hi);
@@ -283,13 +299,13 @@ int rhssa(env *e, lp *p, int begin, int end, double *lower, double *upper) {
 // side that is not in force may move from the row's activity to infinity.
 int rangesa(env *e, lp *p, int begin, int end, double *lolower, double *loupper,
             double *uplower, double *upupper) {
-  bframe f;
-  int st = openframe(e, p, f);
+  walkframe wf;
+  int st = openwalk(e, p, wf);
   if (st) return st;
-  basiclimits bl;
-  makelimits(f, e->params->eprhs, bl);
+  bframe &f = wf.f;
+  basiclimits &bl = wf.bl;
+  std::vector<double> &w = wf.w;
   const lpcore *c = p->core;
-  std::vector<double> w(f.m);
   for (int i = begin; i <= end; ++i) {
     const int k = i - begin;
     const double b = f.prob.rhs[i];
@@ -348,13 +364,13 @@ int rangesa(env *e, lp *p, int begin, int end, double *lolower, double *loupper,
 
 int boundsa(env *e, lp *p, int begin, int end, double *lblower, double *lbupper,
             double *ublower, double *ubupper) {
-  bframe f;
-  int st = openframe(e, p, f);
+  walkframe wf;
+  int st = openwalk(e, p, wf);
   if (st) return st;
+  bframe &f = wf.f;
+  basiclimits &bl = wf.bl;
+  std::vector<double> &w = wf.w;
   const double tol = e->params->eprhs;
-  basiclimits bl;
-  makelimits(f, tol, bl);
-  std::vector<double> w(f.m);
   auto put = [](double *a, int k, double v) {
     if (a) a[k] = v;
   };

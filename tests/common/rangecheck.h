@@ -29,6 +29,7 @@ struct tally {
   long outside = 0;      // outside points tried
   long unconfirmed = 0;  // outside ends where even the largest step left the basis
   std::vector<std::string> failures;
+  std::vector<std::string> notes;  // unconfirmed outside ends
   void fail(const std::string &s) {
     if (failures.size() < 30) failures.push_back(s);
   }
@@ -148,7 +149,12 @@ class prober {
       }
       if (tried) {
         ++t.outside;
-        if (!gone) ++t.unconfirmed;
+        if (!gone) {
+          ++t.unconfirmed;
+          std::snprintf(buf, sizeof buf, "%s %s %d: range [%.10g, %.10g]: the basis stood past %s end",
+                        model.c_str(), kindname(k), j, lo, up, side < 0 ? "the low" : "the high");
+          if (t.notes.size() < 10) t.notes.push_back(buf);
+        }
       }
     }
   }

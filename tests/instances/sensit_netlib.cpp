@@ -171,6 +171,10 @@ long compare_glpsol(session &s, const std::string &name, const std::string &mps,
   char buf[256];
   auto check = [&](const char *what, const std::string &item, double a, double b, double ga,
                    double gb) {
+    // glpsol reports an interval that misses the present value (low end
+    // above the high one) when a basic value stands just outside its bound
+    // within the tolerance; that range is not comparable.
+    if (ga > gb) return;
     ++compared;
     if (close(a, ga) && close(b, gb)) return;
     std::snprintf(buf, sizeof buf, "%s %s %s: ours [%.10g, %.10g], glpsol [%.10g, %.10g]",
@@ -215,6 +219,7 @@ TEST_P(SensitNetlib, RangesAndQuality) {
   rangecheck::tally t;
   ASSERT_EQ(rangecheck::checkmodel(s.env, s.lp, c.large ? 15 : 60, t, c.name), 0);
   for (auto &f : t.failures) ADD_FAILURE() << f;
+  for (auto &f : t.notes) std::printf("[ sensit ] note: %s\n", f.c_str());
   std::printf("[ sensit ] %-10s %5d rows: %5ld ranges probed (%ld inside, %ld outside, %ld "
               "outside unconfirmed); glpsol: %s\n",
               c.name.c_str(), c.rows, t.ranges, t.inside, t.outside, t.unconfirmed,

@@ -186,6 +186,43 @@ TEST_F(Sensit, NonbasicColumnRangesFollowReducedCosts) {
   EXPECT_GE(seen, 2);
 }
 
+// A fixed column at the bound its reduced cost does not ask for stays
+// optimal only while fixed: both of its bound ranges are the single point.
+TEST_F(Sensit, FixedColumnAgainstItsReducedCostKeepsBothBounds) {
+  // min x0 - x1, x0 + x1 >= 2, x1 fixed at 1: d1 = -2 < 0.
+  load(1, {1, -1}, {0, 1}, {1e20, 1}, {{{{0, 1}, {1, 1}}, 'G', 2}});
+  solve_optimal();
+  std::vector<int> cs(2), rs(1);
+  ASSERT_EQ(VLTgetbase(env, lp, cs.data(), rs.data()), 0);
+  double a, b, c, d;
+  ASSERT_EQ(VLTboundsa(env, lp, 1, 1, &a, &b, &c, &d), 0);
+  if (cs[1] == 0) {
+    EXPECT_EQ(a, 1.0);
+    EXPECT_EQ(b, 1.0);
+    EXPECT_EQ(c, 1.0);
+    EXPECT_EQ(d, 1.0);
+  } else {
+    ASSERT_EQ(cs[1], 2);
+    EXPECT_EQ(a, -1e20);  // the lower bound may go down, the upper one moves x
+    EXPECT_EQ(b, 1.0);
+  }
+  probe_all("fixed");
+  // Set the status against the sign by hand and ask again.
+  cs[1] = 0;
+  ASSERT_EQ(VLTcopybase(env, lp, cs.data(), rs.data()), 0);
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  std::vector<int> now(2);
+  ASSERT_EQ(VLTgetbase(env, lp, now.data(), rs.data()), 0);
+  if (now[1] == 0) {
+    ASSERT_EQ(VLTboundsa(env, lp, 1, 1, &a, &b, &c, &d), 0);
+    EXPECT_EQ(a, 1.0);
+    EXPECT_EQ(d, 1.0);
+    probe_all("fixed-at-lower");
+  }
+}
+
 // A basic column that no nonbasic column limits: its cost may take any value.
 TEST_F(Sensit, BasicColumnWithoutLimitsHasTheWholeLine) {
   load(1, {3, 1}, {-1e20, 0}, {1e20, 1e20}, {{{{0, 1}}, 'E', 2}, {{{1, 1}}, 'G', 1}});
