@@ -338,6 +338,24 @@ TEST_F(Sensit, DualInfeasibleResultHasNoRanges) {
       << errors;
 }
 
+// An unbounded result of the primal method still has cost and right-hand
+// side ranges (of its last basis); a cost range may be empty then.
+TEST_F(Sensit, PrimalUnboundedResultStillHasRanges) {
+  // min -x0 - x1, x0 - x1 <= 1, x1 - 2 x0 <= 4: the ray (1, 1) is unbounded.
+  load(1, {-1, -1}, {0, 0}, {1e20, 1e20},
+       {{{{0, 1}, {1, -1}}, 'L', 1}, {{{0, -2}, {1, 1}}, 'L', 4}});
+  VLTsetintparam(env, VLT_PARAM_PREIND, 0);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  ASSERT_EQ(VLTgetstat(env, lp), 2);
+  double lo[2], up[2], rlo[2], rup[2];
+  EXPECT_EQ(VLTobjsa(env, lp, 0, 1, lo, up), 0);
+  EXPECT_EQ(VLTrhssa(env, lp, 0, 1, rlo, rup), 0);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(lo[i] <= up[i] || (lo[i] == 1e20 && up[i] == -1e20)) << i;
+    EXPECT_LE(rlo[i], rup[i]) << i;
+  }
+}
+
 TEST_F(Sensit, IntegerProblemHasNoRanges) {
   mixed(1);
   const char ct[6] = {'I', 'C', 'C', 'C', 'C', 'C'};
