@@ -179,6 +179,14 @@ struct allmeasures {
     value[code + 2] = f.sum[0];
     value[code + 3] = f.sum[1];
   }
+  // A size: largest at big, big + 1; sums at sum, sum + 1.
+  void putsize(int big, int sum, const fourway &f) {
+    for (int s = 0; s < 2; ++s) {
+      value[big + s] = f.big[s].value;
+      at[big + s] = f.big[s].at;
+      value[sum + s] = f.sum[s];
+    }
+  }
 };
 
 void compute(env *e, const qualdata &q, allmeasures &r) {
@@ -242,17 +250,10 @@ void compute(env *e, const qualdata &q, allmeasures &r) {
     ss.add(q.slack[i], q.slack[i] / q.rs[i], i);
     if (q.sense[i] != 'E') sbig.take(std::fabs(q.slack[i] / q.rs[i]), i);
   }
-  r.value[23] = xs.big[0].value;
-  r.at[23] = xs.big[0].at;
-  r.value[24] = xs.big[1].value;
-  r.at[24] = xs.big[1].at;
-  r.value[31] = xs.sum[0];
-  r.value[32] = xs.sum[1];
-  r.value[27] = ss.big[0].value;
-  r.at[27] = ss.big[0].at;
+  r.putsize(23, 31, xs);
+  r.putsize(27, 35, ss);
   r.value[28] = sbig.value;  // leaves out equality rows; no index
-  r.value[35] = ss.sum[0];
-  r.value[36] = ss.sum[1];
+  r.at[28] = -1;
 
   // Primal objective (42), in the user's sign.
   double primal = c->objoffset;
@@ -321,18 +322,8 @@ void compute(env *e, const qualdata &q, allmeasures &r) {
   r.value[19] = comp.value;
   r.at[19] = comp.at;
   r.value[21] = csum;
-  r.value[25] = ps.big[0].value;
-  r.at[25] = ps.big[0].at;
-  r.value[26] = ps.big[1].value;
-  r.at[26] = ps.big[1].at;
-  r.value[33] = ps.sum[0];
-  r.value[34] = ps.sum[1];
-  r.value[29] = ds.big[0].value;
-  r.at[29] = ds.big[0].at;
-  r.value[30] = ds.big[1].value;
-  r.at[30] = ds.big[1].at;
-  r.value[37] = ds.sum[0];
-  r.value[38] = ds.sum[1];
+  r.putsize(25, 33, ps);
+  r.putsize(29, 37, ds);
   r.value[41] = sen * dual;
   r.value[40] = primal - sen * dual;
 }
