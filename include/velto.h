@@ -692,6 +692,65 @@ VLTAPI int VLTcopypartialbase(VLTENVptr env, VLTLPptr lp, int ccnt, const int *c
 /* solution quality */
 VLTAPI double VLTgetkappa(VLTENVptr env, VLTLPptr lp);
 VLTAPI double VLTgetExactkappa(VLTENVptr env, VLTLPptr lp);
+/* ---- sensitivity ranges and quality measures ---------------------------
+ * Ranges of a solved linear program over the final basis, in the user's
+ * units; 1e20 and -1e20 stand for no limit.  VLTErangesa gives for each row
+ * the range of its low side (the right side of a 'G' or 'E' row, the low end
+ * of a range) and of its high side. */
+VLTAPI int VLTobjsa(VLTENVptr env, VLTLPptr lp, int begin, int end, double *lower,
+                    double *upper);
+VLTAPI int VLTrhssa(VLTENVptr env, VLTLPptr lp, int begin, int end, double *lower,
+                    double *upper);
+VLTAPI int VLTboundsa(VLTENVptr env, VLTLPptr lp, int begin, int end, double *lblower,
+                      double *lbupper, double *ublower, double *ubupper);
+VLTAPI int VLTErangesa(VLTENVptr env, VLTLPptr lp, int begin, int end, double *lolower,
+                       double *loupper, double *uplower, double *upupper);
+/* Quality measures by number (`what`): unscaled and scaled pairs. */
+#define VLT_QUAL_MAX_PRIMAL_INFEAS        1
+#define VLT_QUAL_MAX_SCALED_PRIMAL_INFEAS 2
+#define VLT_QUAL_SUM_PRIMAL_INFEAS        3
+#define VLT_QUAL_SUM_SCALED_PRIMAL_INFEAS 4
+#define VLT_QUAL_MAX_DUAL_INFEAS          5
+#define VLT_QUAL_MAX_SCALED_DUAL_INFEAS   6
+#define VLT_QUAL_SUM_DUAL_INFEAS          7
+#define VLT_QUAL_SUM_SCALED_DUAL_INFEAS   8
+#define VLT_QUAL_MAX_INT_INFEAS           9
+#define VLT_QUAL_SUM_INT_INFEAS           10
+#define VLT_QUAL_MAX_PRIMAL_RESIDUAL      11
+#define VLT_QUAL_MAX_SCALED_PRIMAL_RESIDUAL 12
+#define VLT_QUAL_SUM_PRIMAL_RESIDUAL      13
+#define VLT_QUAL_SUM_SCALED_PRIMAL_RESIDUAL 14
+#define VLT_QUAL_MAX_DUAL_RESIDUAL        15
+#define VLT_QUAL_MAX_SCALED_DUAL_RESIDUAL 16
+#define VLT_QUAL_SUM_DUAL_RESIDUAL        17
+#define VLT_QUAL_SUM_SCALED_DUAL_RESIDUAL 18
+#define VLT_QUAL_MAX_COMP_SLACK           19
+#define VLT_QUAL_SUM_COMP_SLACK           21
+#define VLT_QUAL_MAX_X                    23
+#define VLT_QUAL_MAX_SCALED_X             24
+#define VLT_QUAL_MAX_PI                   25
+#define VLT_QUAL_MAX_SCALED_PI            26
+#define VLT_QUAL_MAX_SLACK                27
+#define VLT_QUAL_MAX_SCALED_SLACK         28
+#define VLT_QUAL_MAX_REDCOST              29
+#define VLT_QUAL_MAX_SCALED_REDCOST       30
+#define VLT_QUAL_SUM_X                    31
+#define VLT_QUAL_SUM_SCALED_X             32
+#define VLT_QUAL_SUM_PI                   33
+#define VLT_QUAL_SUM_SCALED_PI            34
+#define VLT_QUAL_SUM_SLACK                35
+#define VLT_QUAL_SUM_SCALED_SLACK         36
+#define VLT_QUAL_SUM_REDCOST              37
+#define VLT_QUAL_SUM_SCALED_REDCOST       38
+#define VLT_QUAL_KAPPA                    39
+#define VLT_QUAL_OBJ_GAP                  40
+#define VLT_QUAL_DUAL_OBJ                 41
+#define VLT_QUAL_PRIMAL_OBJ               42
+VLTAPI int VLTgetdblquality(VLTENVptr env, VLTLPptr lp, double *value, int what);
+VLTAPI int VLTgetintquality(VLTENVptr env, VLTLPptr lp, int *index, int what);
+VLTAPI double VLTcheckax(VLTENVptr env, VLTLPptr lp, int *index, int flag);
+VLTAPI double VLTcheckpib(VLTENVptr env, VLTLPptr lp, int *index, int flag);
+/* ---- end of sensitivity ranges and quality measures -------------------- */
 /* presolve */
 VLTAPI int VLTpresolve(VLTENVptr env, VLTLPptr lp, int method);
 VLTAPI int VLTfreepresolve(VLTENVptr env, VLTLPptr lp);

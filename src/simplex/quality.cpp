@@ -188,6 +188,18 @@ double kappa_call(env *e, lp *p, F &&work) {
 
 }  // namespace
 
+int solution_kappa(env *e, lp *p, double *value) {
+  basisfactor bf;
+  int st = factor_solution_basis(e, p, bf);
+  if (st == 1258 && p->soln == nullptr) st = 1217;
+  if (st == 0) *value = lu_kappa(bf.fac, &bf.mat, bf.head.data());
+  if (st == kLuRepaired) {
+    *value = 1e75;
+    st = 0;
+  }
+  return st;
+}
+
 }  // namespace velto
 
 using namespace velto;
@@ -195,14 +207,7 @@ using namespace velto;
 extern "C" {
 
 double VLTgetkappa(VLTENVptr env, VLTLPptr lp) {
-  return kappa_call(env, lp, [&](double &value) {
-    basisfactor bf;
-    int st = factor_solution_basis(env, lp, bf);
-    if (st == 1258 && lp->soln == nullptr) st = 1217;
-    if (st == 0) value = lu_kappa(bf.fac, &bf.mat, bf.head.data());
-    if (st == kLuRepaired) { value = 1e75; st = 0; }
-    return st;
-  });
+  return kappa_call(env, lp, [&](double &value) { return solution_kappa(env, lp, &value); });
 }
 
 double VLTgetExactkappa(VLTENVptr env, VLTLPptr lp) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "env/env.h"
+#include "model/lp.h"
 #include "simplex/lufactor.h"
 
 namespace velto {
@@ -19,6 +20,11 @@ double lu_kappa(lufactor *fac, const lumatrix *mat, const int *head);
 // ready) or 1268 (time limit).
 int lu_exact_kappa(env *e, lufactor *fac, const lumatrix *mat, const int *head, double tilim,
                    double start, double *kappa);
+
+// The estimate of the basis of the problem's solution record (factored
+// afresh): 0, 1217 without a solution, 1258 without a basis, 1001; a basis
+// that is singular in practice gives 1e75 with status 0.
+int solution_kappa(env *e, lp *p, double *value);
 
 // The clean-up pass of an optimizer on the unscaled model (after a scaled
 // optimum that is infeasible in the user's units) is given up at once when

@@ -14,6 +14,7 @@
 #include "cbcmode.h"
 #include "driverutil.h"
 #include "interrupt.h"
+#include "ranges.h"
 #include "sidefiles.h"
 #include "velto.h"
 
@@ -59,6 +60,8 @@ const char *kUsage =
     "  --write-basis FILE  write the final basis to FILE\n"
     "  --write FILE        write the model to FILE (format by suffix)\n"
     "  --quiet             print only the summary lines\n"
+    "  --ranges            print the sensitivity ranges of a solved linear\n"
+    "                      program: costs, right-hand sides and bounds\n"
     "  --help              show this text\n"
     "  --cbc KEYWORDS...   (first argument) CBC-style command mode, as run by\n"
     "                      modelling tools; see velto --cbc help\n"
@@ -76,6 +79,7 @@ struct Options {
   std::string readbasis, writebasis;
   std::vector<std::pair<std::string, std::string>> params;
   bool quiet = false;
+  bool ranges = false;  // print the sensitivity ranges after the solve
 };
 
 [[noreturn]] void fail(const std::string &text) {
@@ -130,6 +134,8 @@ Options parse(int argc, char **argv) {
       o.write = value(i);
     } else if (a == "--quiet") {
       o.quiet = true;
+    } else if (a == "--ranges") {
+      o.ranges = true;
     } else if (!a.empty() && a[0] == '-') {
       fail("unknown option '" + a + "' (see velto --help)");
     } else if (o.model.empty()) {
@@ -306,6 +312,12 @@ int main(int argc, char **argv) {
       std::fprintf(stderr, "velto: optimizer failed: %s\n", errorline(env, status).c_str());
     } else if (integer) {
       rc = mipsummary(env, lp);
+      // Ranges that the result does not have (no optimal basis, an integer
+      // model) leave the run's exit code; any other failure is one.
+      if (o.ranges && (status = driver_printranges(env, lp, stdout)) != 0) {
+        std::fprintf(stderr, "velto: no ranges: %s\n", errorline(env, status).c_str());
+        if (status != 1260 && status != 1017) rc = kExitFailure;
+      }
       if (!o.solution.empty() && !writemipsolution(env, lp, o.solution)) {
         std::fprintf(stderr, "velto: cannot write the solution to '%s'\n", o.solution.c_str());
         rc = kExitFailure;
@@ -320,6 +332,12 @@ int main(int argc, char **argv) {
       if (VLTgetobjval(env, lp, &obj) == 0) std::printf("Objective: %.10g\n", obj);
       std::printf("Iterations: %d\n", VLTgetitcnt(env, lp));
       rc = lpstat == 1 ? kExitOptimal : kExitNotOptimal;
+      // Ranges that the result does not have (no optimal basis, an integer
+      // model) leave the run's exit code; any other failure is one.
+      if (o.ranges && (status = driver_printranges(env, lp, stdout)) != 0) {
+        std::fprintf(stderr, "velto: no ranges: %s\n", errorline(env, status).c_str());
+        if (status != 1260 && status != 1017) rc = kExitFailure;
+      }
       if (!o.writebasis.empty() && (status = driver_writebasis(env, lp, o.writebasis)) != 0) {
         std::fprintf(stderr, "velto: cannot write the basis '%s': %s\n", o.writebasis.c_str(), errorline(env, status).c_str());
         rc = kExitFailure;
