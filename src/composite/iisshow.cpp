@@ -186,17 +186,20 @@ int lpform(env *e, lp *p, const iisrec &r, velto_channel *ch) {
   // Equality rows whose multiples sum to 0 = nonzero.
   if (equality && !r.mult.empty() && r.numcols == 0) {
     std::vector<double> z(d.n, 0.0);
-    double sum = 0.0, scale = 0.0;
+    double sum = 0.0, scale = 0.0, top = 0.0;
+    for (int i : r.rowind) top = std::max(top, std::fabs(r.mult[i]));
+    if (top == 0.0) top = 1.0;
     bool alleq = true;
     for (int k = 0; k < r.numrows; ++k) {
       const int i = r.rowind[k];
       if (d.rowlo(i) != d.rowhi(i)) alleq = false;
-      for (auto &t : rows[k]) z[t.first] += r.mult[i] * t.second;
-      sum += r.mult[i] * d.rhs[i];
-      scale += std::fabs(r.mult[i] * d.rhs[i]);
+      const double u = r.mult[i] / top;
+      for (auto &t : rows[k]) z[t.first] += u * t.second;
+      sum += u * d.rhs[i];
+      scale += std::fabs(u * d.rhs[i]);
     }
     if (alleq && std::fabs(sum) > 1e-9 * (1.0 + scale)) {
-      msg(ch, "\\Sum of equality rows in the%s IIS:\n\\", partial);
+      msg(ch, "\\Sum of equality rows in the%s IIS:\n", partial);
       line.start("\\");
       for (int j = 0; j < d.n; ++j)
         if (std::fabs(z[j]) > 1e-9 * (1.0 + scale)) line.term(z[j], colname(c, j));
