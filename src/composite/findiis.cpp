@@ -3,8 +3,10 @@
 // column is fixed at 0 the row is in force, with its bounds opened the row
 // is gone.  Members are dropped by a certificate cut (the row multipliers of
 // an infeasible solve prove a smaller set infeasible), by the elastic filter
-// (VLT_PARAM_IISIND 1) and one by one by the deletion filter, each test a
-// warm primal solve from the basis of the test before.
+// (VLT_PARAM_IISIND 1) and one by one by the deletion filter.  The copy has
+// no objective, so every basis is dual feasible: each test is a warm dual
+// simplex solve from the basis of the test before, and an infeasible one
+// leaves the Farkas row that the next cut uses.
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -70,7 +72,6 @@ class finder {
   bool partial_ = false;
   std::vector<int> rowin_, colin_;
   std::vector<int> first_, second_;  // added columns of each row (-1: none)
-  std::vector<int> rowside_, colside_;  // sides of the last certificate
   std::vector<double> mult_;
 
   bool over() const { return budget_ < 1e75 && now(e_) - t0_ >= budget_; }
@@ -84,6 +85,7 @@ class finder {
   int solve(int *stat);
   int test(int *outcome);
   int cut(const double *y, bool *cutany);
+  int proofrow(std::vector<double> &y);
   int firstcut();
   int elastic();
   int filter(bool rows);
@@ -182,7 +184,7 @@ int finder::closecols(const std::vector<int> &cols) {
 // One primal solve of iislp within the time left.
 int finder::solve(int *stat) {
   if (budget_ < 1e75) e_->params->tilim = std::max(0.0, budget_ - (now(e_) - t0_));
-  int status = VLTprimopt(e_, w_);
+  int status = VLTdualopt(e_, w_);
   ++solves_;
   if (log_ && solves_ % 100 == 0) msg(e_->reschannel, "Infeasibility Finder Iteration %d\n", solves_);
   if (status) return -status;
@@ -231,7 +233,13 @@ int finder::cut(const double *y, bool *cutany) {
     int status = openrows(rows);
     if (status == 0) status = opencols(cols);
     int outcome = kTestFeasible;
+    // The check of a cut is worth a bounded effort only: a cut that the
+    // primal can't confirm quickly is given up.
+    const int itlim = e_->params->itlim;
+    e_->params->itlim = std::max(1000, 2 * (d_.m + d_.n));
     if (status == 0) status = test(&outcome);
+    e_->params->itlim = itlim;
+    if (status == 1711) status = 0, outcome = kTestFeasible;
     if (status) return status;
     if (outcome != kTestInfeasible) {
       // Out of time, the smaller set is not known to be infeasible either.
@@ -243,29 +251,26 @@ int finder::cut(const double *y, bool *cutany) {
     for (int j : cols) colin_[j] = 0;
     *cutany = true;
   }
-  rowside_ = std::move(rs);
-  colside_ = std::move(cs);
   mult_ = std::move(mult);
   return 0;
 }
 
-// The cut after the first infeasible solve: with the multipliers of the
-// primal's first phase, or else with the Farkas row of the dual simplex.
-int finder::firstcut() {
-  std::vector<double> y(std::max(d_.m, 1));
-  int stat = 0;
-  bool cutany = false;
-  int status = VLTsolution(e_, w_, &stat, nullptr, nullptr, y.data(), nullptr, nullptr);
-  if (status) return -status;
-  if (iis_certify(d_, rowin_, colin_, y.data(), rowside_, colside_, nullptr))
-    return cut(y.data(), &cutany);
-  if (budget_ < 1e75) e_->params->tilim = std::max(0.0, budget_ - (now(e_) - t0_));
-  status = VLTdualopt(e_, w_);
-  if (status) return -status;
-  if (VLTgetstat(e_, w_) != kStatInfeasible || VLTgetmethod(e_, w_) != 2) return 0;
+// Row multipliers that prove the last solve infeasible: the Farkas row of
+// the dual simplex, or the prices of the primal's first phase.
+int finder::proofrow(std::vector<double> &y) {
+  y.assign(std::max(d_.m, 1), 0.0);
   double proof = 0.0;
-  if (VLTdualfarkas(e_, w_, y.data(), &proof) != 0) return 0;
-  return cut(y.data(), &cutany);
+  if (VLTgetmethod(e_, w_) == 2 && VLTdualfarkas(e_, w_, y.data(), &proof) == 0) return 0;
+  int status = VLTsolution(e_, w_, nullptr, nullptr, nullptr, y.data(), nullptr, nullptr);
+  return status ? -status : 0;
+}
+
+// The cut after the first infeasible solve.
+int finder::firstcut() {
+  std::vector<double> y;
+  bool cutany = false;
+  int status = proofrow(y);
+  return status ? status : cut(y.data(), &cutany);
 }
 
 // The elastic filter: every row may be violated at a cost; the rows that a
@@ -352,10 +357,8 @@ int finder::filter(bool rows) {
         partial_ = true;
         break;
       }
-      int stat = 0;
       bool cutany = false;
-      status = VLTsolution(e_, w_, &stat, nullptr, nullptr, pi.data(), nullptr, nullptr);
-      if (status) return -status;
+      if ((status = proofrow(pi)) != 0) return status;
       if ((status = cut(pi.data(), &cutany)) != 0) return status;
       continue;
     }
@@ -372,16 +375,20 @@ int finder::result(iisrec &r) {
   const int m = d_.m, n = d_.n;
   if (budget_ < 1e75) e_->params->tilim = budget_;
   int stat = 0;
-  int status = VLTprimopt(e_, w_);
+  int status = VLTdualopt(e_, w_);
   if (status) return -status;
   stat = VLTgetstat(e_, w_);
-  if (!partial_ && stat != kStatInfeasible) return 1706;
+  // Every member left was kept by a test that ended infeasible; a set at
+  // the edge of the tolerances may now end with unscaled infeasibilities,
+  // which doesn't disprove it.
+  if (!partial_ && stat != kStatInfeasible && stat != kStatOptimalInfeas) return 1706;
   const int ncols = VLTgetnumcols(e_, w_);
   std::vector<int> cstat(std::max(ncols, 1), 0), rstat(std::max(m, 1), 0);
   std::vector<double> x(std::max(ncols, 1), 0.0), slack(std::max(m, 1), 0.0),
       pi(std::max(m, 1), 0.0);
   VLTgetbase(e_, w_, cstat.data(), rstat.data());
-  VLTsolution(e_, w_, nullptr, nullptr, x.data(), pi.data(), slack.data(), nullptr);
+  VLTsolution(e_, w_, nullptr, nullptr, x.data(), nullptr, slack.data(), nullptr);
+  if (stat == kStatInfeasible && proofrow(pi) != 0) pi.assign(std::max(m, 1), 0.0);
   std::vector<int> rs, cs;
   std::vector<double> mult;
   bool proof = false;
