@@ -77,6 +77,8 @@ class finder {
   bool over() const { return budget_ < 1e75 && now(e_) - t0_ >= budget_; }
   int build();
   int setbounds(const std::vector<int> &ind, double lo, double hi);
+  int chgbounds(const std::vector<int> &ind, const std::vector<double> &lo,
+                const std::vector<double> &hi);
   int openrows(const std::vector<int> &rows) { return setbounds(addedof(rows), -kInfBound, kInfBound); }
   int closerows(const std::vector<int> &rows) { return setbounds(addedof(rows), 0.0, 0.0); }
   int opencols(const std::vector<int> &cols) { return setbounds(cols, -kInfBound, kInfBound); }
@@ -151,6 +153,17 @@ std::vector<int> finder::addedof(const std::vector<int> &rows) const {
 }
 
 int finder::setbounds(const std::vector<int> &ind, double lo, double hi) {
+  return chgbounds(ind, std::vector<double>(ind.size(), lo), std::vector<double>(ind.size(), hi));
+}
+
+int finder::closecols(const std::vector<int> &cols) {
+  std::vector<double> lo, hi;
+  for (int j : cols) lo.push_back(d_.lb[j]), hi.push_back(d_.ub[j]);
+  return chgbounds(cols, lo, hi);
+}
+
+int finder::chgbounds(const std::vector<int> &ind, const std::vector<double> &lo,
+                      const std::vector<double> &hi) {
   if (ind.empty()) return 0;
   const int k = static_cast<int>(ind.size());
   std::vector<int> idx(2 * k);
@@ -158,30 +171,14 @@ int finder::setbounds(const std::vector<int> &ind, double lo, double hi) {
   std::vector<double> bd(2 * k);
   for (int t = 0; t < k; ++t) {
     idx[2 * t] = idx[2 * t + 1] = ind[t];
-    lu[2 * t] = 'L', bd[2 * t] = lo;
-    lu[2 * t + 1] = 'U', bd[2 * t + 1] = hi;
+    lu[2 * t] = 'L', bd[2 * t] = lo[t];
+    lu[2 * t + 1] = 'U', bd[2 * t + 1] = hi[t];
   }
   int status = VLTchgbds(e_, w_, 2 * k, idx.data(), lu.data(), bd.data());
   return status ? -status : 0;
 }
 
-int finder::closecols(const std::vector<int> &cols) {
-  if (cols.empty()) return 0;
-  const int k = static_cast<int>(cols.size());
-  std::vector<int> idx(2 * k);
-  std::vector<char> lu(2 * k);
-  std::vector<double> bd(2 * k);
-  for (int t = 0; t < k; ++t) {
-    const int j = cols[t];
-    idx[2 * t] = idx[2 * t + 1] = j;
-    lu[2 * t] = 'L', bd[2 * t] = d_.lb[j];
-    lu[2 * t + 1] = 'U', bd[2 * t + 1] = d_.ub[j];
-  }
-  int status = VLTchgbds(e_, w_, 2 * k, idx.data(), lu.data(), bd.data());
-  return status ? -status : 0;
-}
-
-// One primal solve of iislp within the time left.
+// One solve of iislp within the time left.
 int finder::solve(int *stat) {
   if (budget_ < 1e75) e_->params->tilim = std::max(0.0, budget_ - (now(e_) - t0_));
   int status = VLTdualopt(e_, w_);

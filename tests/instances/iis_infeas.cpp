@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "common/getmodel.h"
 #include "common/reference.h"
 #include "velto.h"
 
@@ -34,29 +35,17 @@ struct model {
   std::vector<std::vector<std::pair<int, double>>> rowvec;  // entries of each row
 };
 
+// The model through the public getters, with its rows as entry lists.
 model readmodel(VLTENVptr env, VLTLPptr lp) {
+  velto_test::apimodel a = velto_test::getmodel(env, lp);
   model d;
-  d.m = VLTgetnumrows(env, lp);
-  d.n = VLTgetnumcols(env, lp);
-  d.rhs.resize(d.m);
-  d.rng.resize(d.m);
-  d.sense.resize(d.m);
-  d.lb.resize(d.n);
-  d.ub.resize(d.n);
-  VLTgetrhs(env, lp, d.rhs.data(), 0, d.m - 1);
-  VLTgetrngval(env, lp, d.rng.data(), 0, d.m - 1);
-  VLTgetsense(env, lp, d.sense.data(), 0, d.m - 1);
-  VLTgetlb(env, lp, d.lb.data(), 0, d.n - 1);
-  VLTgetub(env, lp, d.ub.data(), 0, d.n - 1);
-  const int nz = VLTgetnumnz(env, lp);
-  std::vector<int> beg(d.n + 1), ind(nz + 1);
-  std::vector<double> val(nz + 1);
-  int got = 0, surplus = 0;
-  VLTgetcols(env, lp, &got, beg.data(), ind.data(), val.data(), nz, &surplus, 0, d.n - 1);
-  beg[d.n] = got;
+  d.m = a.m, d.n = a.n;
+  d.rhs = a.rhs, d.rng = a.rng, d.lb = a.lb, d.ub = a.ub, d.sense = a.sense;
   d.rowvec.resize(d.m);
-  for (int j = 0; j < d.n; ++j)
-    for (int k = beg[j]; k < beg[j + 1]; ++k) d.rowvec[ind[k]].push_back({j, val[k]});
+  for (int j = 0; j < d.n; ++j) {
+    const int end = j + 1 < d.n ? a.beg[j + 1] : a.nz;
+    for (int k = a.beg[j]; k < end; ++k) d.rowvec[a.ind[k]].push_back({j, a.val[k]});
+  }
   return d;
 }
 
