@@ -689,6 +689,15 @@ VLTAPI int VLTpivotout(VLTENVptr env, VLTLPptr lp, const int *clist, int clen);
 VLTAPI int VLTcopypartialbase(VLTENVptr env, VLTLPptr lp, int ccnt, const int *cindices,
                               const int *cstat, int rcnt, const int *rindices,
                               const int *rstat);
+/* infeasibility finder: an irreducible infeasible subset (IIS) of an
+ * infeasible linear program, by VLT_PARAM_IISIND (0 deletion filter,
+ * 1 elastic filter first).  Statuses of rows and columns: 0 lower bound in
+ * force, 1 fixed, 2 upper bound; iisstat 1 complete, 2 partial (time limit). */
+VLTAPI int VLTfindiis(VLTENVptr env, VLTLPptr lp, int *iisnumrows_p, int *iisnumcols_p);
+VLTAPI int VLTgetiis(VLTENVptr env, VLTLPptr lp, int *iisstat_p, int *rowind, int *rowbdstat,
+                     int *iisnumrows_p, int *colind, int *colbdstat, int *iisnumcols_p);
+VLTAPI int VLTdisplayiis(VLTENVptr env, VLTLPptr lp, VLTCHANNELptr channel, int display);
+VLTAPI int VLTiiswrite(VLTENVptr env, VLTLPptr lp, const char *filename);
 /* solution quality */
 VLTAPI double VLTgetkappa(VLTENVptr env, VLTLPptr lp);
 VLTAPI double VLTgetExactkappa(VLTENVptr env, VLTLPptr lp);

@@ -383,6 +383,7 @@ void freeviews(env *e, lp *p) {
 void dropall(env *e, lp *p) {
   releaselayer(e, p, kLayerOptpriv);
   releaselayer(e, p, kLayerSift);
+  releaselayer(e, p, kLayerIis);
   releaselayer(e, p, kLayerQp);
   releaselayer(e, p, kLayerQpaux);
   releaselayer(e, p, kLayerBarrier);

@@ -19,6 +19,7 @@ struct barrier;      // barrier run
 struct qpdata;       // quadratic extension
 struct siftrec;      // sifting state
 struct sosdata;      // special ordered sets
+struct iisrec;       // irreducible infeasible subset
 
 struct nameset;
 struct cache;
@@ -205,6 +206,7 @@ struct velto_lp {
   velto::qpdata *qp;
   void *qpaux;
   velto::siftrec *sift;
+  velto::iisrec *iis;  // the last irreducible infeasible subset found, or null
   velto_env *owner;  // the environment that made the problem
   velto_lp *holder;  // the problem whose layer this one is (a reduced problem), or null
 };
@@ -235,7 +237,7 @@ inline bool isview(const lp *p) {
 enum layerid : int {
   kLayerFactor, kLayerWork, kLayerPrimal, kLayerDual, kLayerQpwork, kLayerNormblock,
   kLayerPrice, kLayerPresolve, kLayerMip, kLayerBarrier, kLayerQp, kLayerSift,
-  kLayerStartnorms, kLayerQpaux, kLayerSos, kLayerOptpriv, kLayerCount
+  kLayerStartnorms, kLayerQpaux, kLayerSos, kLayerOptpriv, kLayerIis, kLayerCount
 };
 // `mark` receives the event number so a layer can decide what to clear
 // (e.g. only the second word of the working data for bound changes).

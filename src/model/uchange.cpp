@@ -31,6 +31,7 @@ void **layerslot(lp *p, int layer) {
     case kLayerBarrier: return reinterpret_cast<void **>(&p->barrier);
     case kLayerQp: return reinterpret_cast<void **>(&p->qp);
     case kLayerSift: return reinterpret_cast<void **>(&p->sift);
+    case kLayerIis: return reinterpret_cast<void **>(&p->iis);
     case kLayerStartnorms: return &p->startnorms;
     case kLayerQpaux: return &p->qpaux;
     case kLayerSos: return p->core ? reinterpret_cast<void **>(&p->core->sos) : nullptr;
@@ -187,6 +188,8 @@ void dropstate(env *e, lp *p, int event) {
   }
   if (a & aBar) releaselayer(e, p, kLayerBarrier);
   if (a & aSift) releaselayer(e, p, kLayerSift);
+  // A subset found for the model before the change no longer speaks for it.
+  if (a & aPre) releaselayer(e, p, kLayerIis);
   if (a & aNorms) releaselayer(e, p, kLayerNormblock);
   if (a & aFprice) releaselayer(e, p, kLayerPrice);
   else if (a & aMprice) marklayer(e, p, kLayerPrice, event);

@@ -62,6 +62,8 @@ const char *kUsage =
     "  --quiet             print only the summary lines\n"
     "  --ranges            print the sensitivity ranges of a solved linear\n"
     "                      program: costs, right-hand sides and bounds\n"
+    "  --iis FILE          infeasible models: find an irreducible infeasible\n"
+    "                      subset, print it and write it to FILE (LP form)\n"
     "  --help              show this text\n"
     "  --cbc KEYWORDS...   (first argument) CBC-style command mode, as run by\n"
     "                      modelling tools; see velto --cbc help\n"
@@ -77,6 +79,7 @@ struct Options {
   std::string solution;
   std::string write;
   std::string readbasis, writebasis;
+  std::string iis;
   std::vector<std::pair<std::string, std::string>> params;
   bool quiet = false;
   bool ranges = false;  // print the sensitivity ranges after the solve
@@ -132,6 +135,8 @@ Options parse(int argc, char **argv) {
       o.writebasis = value(i);
     } else if (a == "--write") {
       o.write = value(i);
+    } else if (a == "--iis") {
+      o.iis = value(i);
     } else if (a == "--quiet") {
       o.quiet = true;
     } else if (a == "--ranges") {
@@ -208,6 +213,26 @@ bool writesolution(VLTENVptr env, VLTLPptr lp, const std::string &file) {
   for (int i = 0; i < m; ++i)
     std::fprintf(fp, "%-16s %20.12g %20.12g\n", rn[i].empty() ? ("c" + std::to_string(i + 1)).c_str() : rn[i].c_str(), pi[i] + 0.0, slack[i] + 0.0);
   return std::fclose(fp) == 0;
+}
+
+// The irreducible infeasible subset of an infeasible model: its short form
+// on the standard output and its LP form in `file`.  False on failure.
+bool writeiis(VLTENVptr env, VLTLPptr lp, const std::string &file) {
+  int rows = 0, cols = 0;
+  int status = VLTfindiis(env, lp, &rows, &cols);
+  if (status == 0) {
+    VLTCHANNELptr out = VLTaddchannel(env);
+    if (out != nullptr && VLTaddfpdest(env, out, stdout) == 0) VLTdisplayiis(env, lp, out, 1);
+    if (out != nullptr) VLTdelchannel(env, &out);
+    std::printf("IIS: %d rows, %d columns\n", rows, cols);
+    status = VLTiiswrite(env, lp, file.c_str());
+  }
+  if (status != 0) {
+    std::fprintf(stderr, "velto: no infeasible subset written to '%s': %s\n", file.c_str(),
+                 errorline(env, status).c_str());
+    return false;
+  }
+  return true;
 }
 
 // The closing lines of an integer run; returns the exit code.
@@ -338,6 +363,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "velto: no ranges: %s\n", errorline(env, status).c_str());
         if (status != 1260 && status != 1017) rc = kExitFailure;
       }
+      if (!o.iis.empty() && !writeiis(env, lp, o.iis)) rc = kExitFailure;
       if (!o.writebasis.empty() && (status = driver_writebasis(env, lp, o.writebasis)) != 0) {
         std::fprintf(stderr, "velto: cannot write the basis '%s': %s\n", o.writebasis.c_str(), errorline(env, status).c_str());
         rc = kExitFailure;
