@@ -140,24 +140,54 @@ int bar_direction(env *e, const barprob &bp, const cholrec &c, const iterate &it
     st.dz.assign(n + m, 0.0);
     st.ds.assign(n, 0.0);
     st.dw.assign(n, 0.0);
+    // dx = D (A' dy - rhat), adding D A' v for a correction v of dy.
+    auto addx = [&](const std::vector<double> &v, bool first) {
+      for (int j = 0; j < n; ++j) {
+        double av = 0.0;
+        for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) av += bp.colval[k] * v[bp.colind[k]];
+        st.dx[j] += d[j] * (first ? av - rhat[j] : av);
+      }
+      for (int i = 0; i < m; ++i) {
+        const double sg = rowsign(bp, i);
+        if (sg != 0.0) st.dx[n + i] += d[n + i] * (first ? sg * v[i] - rhat[n + i] : sg * v[i]);
+      }
+    };
+    addx(st.dy, true);
+    // Refinement against the primal equations themselves: the normal
+    // equations may be solved well while A dx misses rp by much when the
+    // weights spread over many orders of magnitude.
+    const double target = std::max({0.2 * it.comp, (it.xnorm + 1) * 1e-9, 1e-8});
+    std::vector<double> q(m), best_dx, best_dy, corr;
+    double last = 1e300;
+    for (int round = 0; round < 10; ++round) {
+      for (int i = 0; i < m; ++i) q[i] = st.rp[i] - rowsign(bp, i) * st.dx[n + i];
+      for (int j = 0; j < n; ++j)
+        for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) q[bp.colind[k]] -= bp.colval[k] * st.dx[j];
+      double r = 0.0;
+      for (int i = 0; i < m; ++i)
+        if (c.freerow.empty() || !c.freerow[c.perm[i]]) r += std::fabs(q[i]);
+      if (r >= last) {
+        st.dx = best_dx, st.dy = best_dy;
+        break;
+      }
+      if (r < target) break;
+      last = r;
+      best_dx = st.dx, best_dy = st.dy;
+      s = chol_solve(e, c, corr, q, false, nullptr);
+      if (s) return s;
+      for (int i = 0; i < m; ++i) st.dy[i] += corr[i];
+      addx(corr, false);
+    }
     for (int j = 0; j < n; ++j) {
-      double ady = 0.0;
-      for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) ady += bp.colval[k] * st.dy[bp.colind[k]];
-      const double dx = d[j] * (ady - rhat[j]);
-      st.dx[j] = dx;
+      const double dx = st.dx[j];
       if (bp.haslow[j]) st.dz[j] = (st.rxz[j] - it.z[j] * dx) / it.x[j];
       if (bp.hasup[j]) {
         st.ds[j] = st.ru[j] - dx;
         st.dw[j] = (st.rsw[j] - it.w[j] * st.ds[j]) / it.s[j];
       }
     }
-    for (int i = 0; i < m; ++i) {
-      const double sg = rowsign(bp, i);
-      if (sg == 0.0) continue;
-      const double dx = d[n + i] * (sg * st.dy[i] - rhat[n + i]);
-      st.dx[n + i] = dx;
-      st.dz[n + i] = (st.rxz[n + i] - it.z[n + i] * dx) / it.x[n + i];
-    }
+    for (int i = 0; i < m; ++i)
+      if (rowsign(bp, i) != 0.0) st.dz[n + i] = (st.rxz[n + i] - it.z[n + i] * st.dx[n + i]) / it.x[n + i];
     return 0;
   });
 }

@@ -116,7 +116,22 @@ int stoptest(env *e, const barprob &bp, const iterate &it, const steprec &st, in
 }
 
 double score(const iterate &it) {
-  return std::max({it.primrel, it.dualrel, std::fabs(it.gap) / (std::fabs(it.pobj) + 1.0)});
+  const double v = std::max({it.primrel, it.dualrel, std::fabs(it.gap) / (std::fabs(it.pobj) + 1.0)});
+  return std::isfinite(v) ? v : 1e300;
+}
+
+void takestep(const barprob &bp, iterate &it, const steprec &st, double ap, double ad) {
+  const int n = bp.n, m = bp.m;
+  for (int j = 0; j < n + m; ++j) {
+    it.x[j] += ap * st.dx[j];
+    it.z[j] += ad * st.dz[j];
+  }
+  for (int j = 0; j < n; ++j)
+    if (bp.hasup[j]) {
+      it.s[j] += ap * st.ds[j];
+      it.w[j] += ad * st.dw[j];
+    }
+  for (int i = 0; i < m; ++i) it.y[i] += ad * st.dy[i];
 }
 
 }  // namespace
@@ -163,7 +178,7 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
       if (lpcallback(e, p, pr)) status = 13;
     }
     if (status) break;
-    if (it.iter % 5 == 0 && score(it) < bestscore) {
+    if (score(it) < bestscore) {
       best = it;
       bestscore = score(it);
     }
@@ -282,19 +297,29 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
     const double factor = fullaffine ? 0.9999999999999998 : 0.99995;
     ap = std::min(1.0, ap * factor);
     ad = std::min(1.0, ad * factor);
+    // A direction that the factor got wrong shows as primal residuals
+    // growing after the step: the step is then cut back.
+    const iterate before = it;
+    const double oldinf = it.priminf + it.uppinf;
+    for (int cut = 0;; ++cut) {
+      takestep(bp, it, st, ap, ad);
+      bar_residuals(bp, it, st);
+      const double inf = it.priminf + it.uppinf;
+      const bool bad = !std::isfinite(inf) || !std::isfinite(it.dualinf) ||
+                       inf > 10 * oldinf + 1e-8 * (it.xnorm + 1);
+      if (!bad) break;
+      if (cut == 5) {
+        status = 42;
+        break;
+      }
+      it = before;
+      ap *= 0.25;
+      ad *= 0.25;
+      if (bpar->bardisplay > 1) msg(e->reschannel, "Reduce step to %.3f, %.3f\n", ap, ad);
+    }
+    if (status) break;
     if (ap == 1.0) st.pfeas = 1;
     if (ad == 1.0) st.dfeas = 1;
-    for (int j = 0; j < n + m; ++j) {
-      it.x[j] += ap * st.dx[j];
-      it.z[j] += ad * st.dz[j];
-    }
-    for (int j = 0; j < n; ++j)
-      if (bp.hasup[j]) {
-        it.s[j] += ap * st.ds[j];
-        it.w[j] += ad * st.dw[j];
-      }
-    for (int i = 0; i < m; ++i) it.y[i] += ad * st.dy[i];
-    bar_residuals(bp, it, st);
     if (!st.pfeas && it.primrel < 1e-8 && it.priminf + it.uppinf < 1e-5) st.pfeas = 1;
     if (!st.dfeas && it.dualrel < 1e-8 && it.dualinf < 1e-5) st.dfeas = 1;
   }
