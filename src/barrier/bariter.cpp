@@ -237,26 +237,24 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
           st.rxz[j] = base[j] + ((j < n ? bp.haslow[j] != 0 : bp.rowsense(j - n) != 'E') ? target : 0.0);
         for (int j = 0; j < n; ++j) st.rsw[j] = baseu[j] + (bp.hasup[j] ? target : 0.0);
       };
-      setrhs(mu);
-      s = bar_direction(e, bp, c, it, st, rounds);
-      if (s) {
-        status = s;
-        break;
-      }
-      bar_ratios(bp, it, st, prirat, duarat);
-      double merit = bar_merit(it, prirat, duarat);
-      if (it.iter < 10 && merit < 0.5 * bestdir.merit && bestdir.merit > 0.01) {
+      // The corrector for a target; its merit, or -1 after a failed solve.
+      auto corrector = [&](double target) {
+        setrhs(target);
+        s = bar_direction(e, bp, c, it, st, rounds);
+        if (s) return -1.0;
+        bar_ratios(bp, it, st, prirat, duarat);
+        return bar_merit(it, prirat, duarat);
+      };
+      double merit = corrector(mu);
+      if (s == 0 && it.iter < 10 && merit < 0.5 * bestdir.merit && bestdir.merit > 0.01) {
         if (bpar->bardisplay > 2) msg(e->reschannel, "Change barrier from %.4e to %.4e\n", mu, 10 * mu);
         mu *= 10;
         st.mu = mu;
-        setrhs(mu);
-        s = bar_direction(e, bp, c, it, st, rounds);
-        if (s) {
-          status = s;
-          break;
-        }
-        bar_ratios(bp, it, st, prirat, duarat);
-        merit = bar_merit(it, prirat, duarat);
+        merit = corrector(mu);
+      }
+      if (s) {
+        status = s;
+        break;
       }
       bestdir.take(st, prirat, duarat, merit);
       passes = 1;
