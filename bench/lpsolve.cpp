@@ -1,9 +1,10 @@
-// Reads a model and solves it with one simplex method through the public
-// calls; prints one line: status, objective, iterations, CPU seconds of the
+// Reads a model and solves it with one simplex method or the barrier (no
+// crossover; its iterations counted) through the public calls; prints one
+// line: status, objective, iterations, CPU seconds of the
 // optimizer call (a busy machine disturbs them less than wall time).  Presolve
 // is off unless the third argument is "presolve", so that the default run
 // compares with a peer's simplex run without its presolve.
-//   lpsolve FILE [primal|dual] [presolve]
+//   lpsolve FILE [primal|dual|barrier] [presolve]
 #include <ctime>
 #include <cstdio>
 #include <cstring>
@@ -12,15 +13,18 @@
 
 int main(int argc, char **argv) {
   if (argc < 2) {
-    std::fprintf(stderr, "usage: %s FILE [primal|dual] [presolve]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s FILE [primal|dual|barrier] [presolve]\n", argv[0]);
     return 2;
   }
   bool dual = argc > 2 && std::strcmp(argv[2], "dual") == 0;
+  bool barrier = argc > 2 && std::strcmp(argv[2], "barrier") == 0;
   bool presolve = argc > 3 && std::strcmp(argv[3], "presolve") == 0;
   int status = 0;
   VLTENVptr env = VLTopenVELTO(&status);
   if (env == nullptr) return 1;
   VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
+  VLTsetintparam(env, VLT_PARAM_BARDISPLAY, 0);
+  VLTsetintparam(env, VLT_PARAM_BARTHREADS, 1);
   VLTsetintparam(env, VLT_PARAM_PREIND, presolve ? 1 : 0);
   VLTLPptr lp = VLTcreateprob(env, &status, "bench");
   status = VLTreadcopyprob(env, lp, argv[1], nullptr);
@@ -30,12 +34,12 @@ int main(int argc, char **argv) {
   }
   std::clock_t t0 = std::clock();
   VLTsetintparam(env, VLT_PARAM_LPMETHOD, dual ? 2 : 1);
-  status = VLTlpopt(env, lp);
+  status = barrier ? VLTbaropt(env, lp) : VLTlpopt(env, lp);
   double t = double(std::clock() - t0) / CLOCKS_PER_SEC;
   double obj = 0.0;
   VLTgetobjval(env, lp, &obj);
   std::printf("%d %.10g %d %.3f\n", status ? -status : VLTgetstat(env, lp), obj,
-              VLTgetitcnt(env, lp), t);
+              barrier ? VLTgetbaritcnt(env, lp) : VLTgetitcnt(env, lp), t);
   VLTfreeprob(env, &lp);
   VLTcloseVELTO(&env);
   return 0;

@@ -655,6 +655,8 @@ VLTAPI int VLTreadcopyvec(VLTENVptr env, VLTLPptr lp, const char *filename);
 VLTAPI int VLTlpopt(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTprimopt(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTdualopt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLTbaropt(VLTENVptr env, VLTLPptr lp);
+VLTAPI int VLThybbaropt(VLTENVptr env, VLTLPptr lp, int method);
 VLTAPI int VLTgetbhead(VLTENVptr env, VLTLPptr lp, int *head, double *x);
 VLTAPI int VLTbinvcol(VLTENVptr env, VLTLPptr lp, int j, double *x);
 VLTAPI int VLTbinvrow(VLTENVptr env, VLTLPptr lp, int i, double *y);

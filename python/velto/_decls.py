@@ -1291,6 +1291,15 @@ FUNCTIONS = (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
     )),
+    ('VLTbaropt', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+    )),
+    ('VLThybbaropt', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+        ('int', 'method'),
+    )),
     ('VLTgetbhead', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),

@@ -18,6 +18,16 @@ struct barprob {
   std::vector<char> dense;          // per column, set by find_dense
   std::vector<int> densecols;       // the dense columns in ascending order
 
+  // The iteration's data (empty for a bare factor test): minimize obj'x
+  // over A x + sgn * slack = rhs with 0 <= x (haslow) and x <= upper
+  // (hasup); bounded columns are shifted so that their lower bound is 0.
+  int objsen = 1;
+  double offset = 0.0;               // constant of the objective, minimization sign
+  std::vector<double> obj, rhs, upper;
+  std::vector<char> haslow, hasup;   // per column
+  std::vector<int> freelist;         // columns with neither bound
+  int bounds = 0;                    // bit 0: some column has an upper bound
+
   void buildrows();
   char rowsense(int i) const { return sense.empty() ? 'E' : sense[i]; }
   int collen(int j) const { return colbeg[j + 1] - colbeg[j]; }

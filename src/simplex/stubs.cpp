@@ -4,6 +4,7 @@
 #include "env/par.h"
 #include "model/lp.h"
 #include "model/store.h"
+#include "barrier/vltbar.h"
 #include "presolve/presolve.h"
 #include "simplex/bframe.h"
 #include "simplex/dualstate.h"
@@ -36,6 +37,7 @@ int lpopt_run(env *e, lp *p) {
   int method = e->params->lpmethod;
   if (method == 0) method = automethod(e, p);
   if (method == 1) return presolve_wrap(e, p, 1, primal_optimize);
+  if (method == 4) return hybbar_run(e, p, 0);
   return presolve_wrap(e, p, 2, dual_optimize);
 }
 int primopt_run(env *e, lp *p) { return presolve_wrap(e, p, 1, primal_optimize); }

@@ -43,7 +43,8 @@ const char *kUsage =
     "shipped with Velto.\n"
     "\n"
     "options:\n"
-    "  --method M          optimizer: auto (default), primal, dual\n"
+    "  --method M          optimizer: auto (default), primal, dual, barrier (interior\n"
+    "                      point, no crossover), hybrid (barrier, then crossover)\n"
     "  --time-limit SEC    stop after SEC seconds\n"
     "  --iter-limit N      stop after N simplex iterations\n"
     "  --mip-gap G         integer models: stop at relative gap G (default 1e-4)\n"
@@ -104,8 +105,9 @@ Options parse(int argc, char **argv) {
       std::exit(kExitOptimal);
     } else if (a == "--method") {
       o.method = value(i);
-      if (o.method != "auto" && o.method != "primal" && o.method != "dual")
-        fail("unknown method '" + o.method + "' (use auto, primal or dual)");
+      if (o.method != "auto" && o.method != "primal" && o.method != "dual" && o.method != "barrier" &&
+          o.method != "hybrid")
+        fail("unknown method '" + o.method + "' (use auto, primal, dual, barrier or hybrid)");
     } else if (a == "--time-limit") {
       o.params.emplace_back("VLT_PARAM_TILIM", value(i));
     } else if (a == "--iter-limit") {
@@ -331,6 +333,10 @@ int main(int argc, char **argv) {
       status = VLTprimopt(env, lp);
     else if (o.method == "dual")
       status = VLTdualopt(env, lp);
+    else if (o.method == "barrier")
+      status = VLTbaropt(env, lp);
+    else if (o.method == "hybrid")
+      status = VLThybbaropt(env, lp, 0);
     else
       status = VLTlpopt(env, lp);
     if (status != 0) {
