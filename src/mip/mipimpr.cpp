@@ -1,0 +1,160 @@
+// Heuristics on a nested problem: the repair search at a node (the
+// integer columns on which the node and the incumbent agree fixed, the
+// rest searched with a node and time limit) and the root rounding run
+// (the near-integral columns of the root fixed, a search for a first
+// solution).  The nested search is this library's own VLTmipopt on a copy
+// of the model; what it finds is re-solved on the work copy and offered.
+#include <algorithm>
+#include <cmath>
+
+#include "env/files.h"
+#include "env/par.h"
+#include "mip/mipheur.h"
+
+namespace velto {
+
+namespace {
+
+// Nested runs do not start nested runs of their own.
+thread_local int nesting = 0;
+
+// A search on a copy of the model under bounds lo/hi, with a node limit
+// and the time left.  Fills xout with its best solution; returns 0 or an
+// error (a run that found nothing is 0 with *have false).
+int nestedsolve(miprun &r, const std::vector<double> &lo, const std::vector<double> &hi,
+                int nodelim, int intsollim, std::vector<double> &xout, bool *have) {
+  env *e = r.e;
+  *have = false;
+  const double left = r.ctl.tilim - (now(e) - r.ctl.startsec);
+  if (left <= 0) return 0;
+  int st = 0;
+  lp *sub = VLTcloneprob(e, r.p, &st);
+  if (sub == nullptr) return st ? st : kNoMemory;
+  std::vector<int> idx;
+  std::vector<char> lu;
+  std::vector<double> bd;
+  for (int j = 0; j < r.n; ++j) {
+    idx.push_back(j), lu.push_back('L'), bd.push_back(lo[j]);
+    idx.push_back(j), lu.push_back('U'), bd.push_back(hi[j]);
+  }
+  if (!idx.empty()) st = VLTchgbds(e, sub, static_cast<int>(idx.size()), idx.data(), lu.data(), bd.data());
+  const parblock savedp = *e->params;
+  const mipparblock savedm = *e->mipparams;
+  if (st == 0) {
+    mipparblock &mp = *e->mipparams;
+    mp.mipdisplay = 0;
+    e->params->simdisplay = 0;
+    e->params->predisp = 0;
+    e->params->advind = 0;
+    e->params->preind = 1;
+    e->params->tilim = left;
+    mp.nodelim = nodelim;
+    mp.intsollim = intsollim;
+    mp.mipemphasis = 1;
+    mp.p2062 = 2100000000;
+    mp.p2011 = -1;
+    mp.mipthreads = 1;
+    mp.mipstart = 0;
+    if (r.ctl.objsen > 0) mp.cutup = std::min(r.inc->cutoff, 1e75);
+    else mp.cutlo = -std::min(r.inc->cutoff, 1e75);
+    ++nesting;
+    st = VLTmipopt(e, sub);
+    --nesting;
+    *e->params = savedp;
+    *e->mipparams = savedm;
+  }
+  if (st == 0) {
+    int s = VLTgetstat(e, sub);
+    xout.assign(std::max(r.n, 1), 0.0);
+    if ((s == 101 || s == 102 || s == 104 || s == 105 || s == 107 || s == 113) && r.n > 0 &&
+        VLTgetmipx(e, sub, xout.data(), 0, r.n - 1) == 0)
+      *have = true;
+  }
+  VLTfreeprob(e, &sub);
+  return st == 3019 ? 0 : st;
+}
+
+// Offers the integer part of x with the continuous rest solved at the
+// node in hand.
+int offerinteger(miprun &r, bbnode *node, bool root, const std::vector<double> &x,
+                 const char *method) {
+  heurcall hc;
+  hc.r = &r, hc.hs = &heurof(r), hc.node = node, hc.root = root;
+  if (!heurpoint(r, hc)) return 0;
+  std::vector<double> xi(std::max(r.n, 1), 0.0);
+  for (int j = 0; j < r.n; ++j)
+    if (r.ctype[j] != 'C') xi[j] = std::floor(x[j] + r.ctl.epint);
+  int st = heurrest(hc, xi, method);
+  if (st == 0 && hc.found) {
+    hc.hs->heurfail = 0;
+    const double z = r.inc->bestobj, bn = r.w->bestnodeobj;
+    double d = bn >= 1e75 ? 0.0 : std::fabs(z - bn);
+    if (bn < 1e75 && (d < (std::fabs(z) + 1e-10) * r.ctl.epgap || d < r.ctl.epagap))
+      return d == 0.0 ? 101 : 102;
+  }
+  return st;
+}
+
+}  // namespace
+
+int repairheur(miprun &r, bbnode *node) {
+  if (nesting > 0) return 0;
+  env *e = r.e;
+  const int n = r.n;
+  std::vector<double> x(std::max(n, 1)), lo(std::max(n, 1)), hi(std::max(n, 1));
+  if (VLTgetstat(e, r.q) != 1 && VLTgetstat(e, r.q) != 5) return 0;
+  if (n > 0) {
+    VLTgetx(e, r.q, x.data(), 0, n - 1);
+    VLTgetlb(e, r.q, lo.data(), 0, n - 1);
+    VLTgetub(e, r.q, hi.data(), 0, n - 1);
+  }
+  const bool haveinc = r.inc->solnseq >= 0 && r.inc->havex;
+  const double ep = r.ctl.epint;
+  int fixed = 0;
+  for (int j = 0; j < n; ++j) {
+    if (r.ctype[j] == 'C') continue;
+    double v = std::floor(x[j] + 0.5);
+    bool agree = std::fabs(x[j] - v) <= ep && (!haveinc || std::fabs(r.inc->x[j] - v) <= ep);
+    if (agree && v >= lo[j] && v <= hi[j]) lo[j] = hi[j] = v, ++fixed;
+  }
+  if (fixed == 0) return 0;
+  std::vector<double> sol;
+  bool have = false;
+  int st = nestedsolve(r, lo, hi, 100, 2100000000, sol, &have);
+  if (st || !have) return st;
+  return offerinteger(r, node, false, sol, "repair");
+}
+
+int rootround(miprun &r, bbnode *root) {
+  if (nesting > 0) return 0;
+  env *e = r.e;
+  const int n = r.n;
+  std::vector<double> x(std::max(n, 1)), lo(std::max(n, 1)), hi(std::max(n, 1));
+  if (VLTgetstat(e, r.q) != 1 && VLTgetstat(e, r.q) != 5) return 0;
+  if (n > 0) {
+    VLTgetx(e, r.q, x.data(), 0, n - 1);
+    VLTgetlb(e, r.q, lo.data(), 0, n - 1);
+    VLTgetub(e, r.q, hi.data(), 0, n - 1);
+  }
+  int fixed = 0;
+  for (int j = 0; j < n; ++j) {
+    if (r.ctype[j] == 'C' || std::fabs(x[j]) >= 2.1e9) continue;
+    double v = std::floor(x[j] + 0.1);
+    if (std::fabs(x[j] - v) < 0.1 && v >= lo[j] && v <= hi[j]) lo[j] = hi[j] = v, ++fixed;
+  }
+  if (fixed == 0) return 0;
+  if (r.ctl.display > 1)
+    msg(e->reschannel, "\nUsing root rounding heuristic, %d variables fixed:\n", fixed);
+  std::vector<double> sol;
+  bool have = false;
+  int st = nestedsolve(r, lo, hi, 2100000000, 1, sol, &have);
+  if (r.ctl.display > 1) msg(e->reschannel, "\nDone with root rounding heuristic.\n");
+  if (st || !have) return st;
+  return offerinteger(r, root, true, sol, "root rounding");
+}
+
+int heurrootround(miprun &r, bbnode *root) { return rootround(r, root); }
+
+int heurrepair(miprun &r, bbnode *node) { return repairheur(r, node); }
+
+}  // namespace velto
