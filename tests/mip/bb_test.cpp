@@ -26,6 +26,12 @@ struct dense {
 
 class BB : public MipTest {
  protected:
+  // These models are built to need a tree (a single cover closes the
+  // parity knapsack at the root); the cut loop has its own tests.
+  void SetUp() override {
+    MipTest::SetUp();
+    VLTsetintparam(env, VLT_PARAM_COVERS, -1);
+  }
   void load(const dense &d) {
     int n = static_cast<int>(d.c.size()), m = static_cast<int>(d.a.size());
     std::vector<int> beg(n), cnt(n), ind;
@@ -328,8 +334,6 @@ TEST_F(BB, ToleranceAndBinaryBoundWarnings) {
 TEST_F(BB, NodeLogLines) {
   dense d = parityknap(11);
   load(d);
-  // one cover closes the parity at the root; this test watches the tree
-  VLTsetintparam(env, VLT_PARAM_COVERS, -1);
   VLTsetintparam(env, VLT_PARAM_MIPINTERVAL, 1);
   take(res);
   ASSERT_EQ(VLTmipopt(env, lp), 0);
@@ -346,7 +350,7 @@ TEST_F(BB, NodeLogLines) {
   int rows = 0, stars = 0, lastnode = -1;
   while (std::getline(in, line)) {
     if (line.empty() || line.rfind("Elapsed", 0) == 0) continue;
-    ASSERT_GE(line.size(), 79u) << line;
+    ASSERT_GE(line.size(), 79u) << line << "\n" << log;
     char mark = line[0];
     int node = std::stoi(line.substr(1, 6));
     EXPECT_TRUE(mark == ' ' || mark == '*');
@@ -359,7 +363,10 @@ TEST_F(BB, NodeLogLines) {
       EXPECT_EQ(line.substr(13, 20), std::string(14, ' ') + "     0") << line;
       EXPECT_GT(std::stod(line.substr(33, 14)), 0.0);
     } else {
-      EXPECT_EQ(node, lastnode + 1) << "interval 1 shows every node";
+      // the root shows twice: at the cut loop's first pass and as the
+      // first node of the tree
+      if (!(node == 0 && lastnode == 0 && rows == 1))
+        EXPECT_EQ(node, lastnode + 1) << "interval 1 shows every node\n" << log;
       lastnode = node;
       std::string obj = line.substr(13, 20);
       EXPECT_TRUE(obj == "    infeasible      " || obj == "        cutoff      " ||
@@ -544,7 +551,6 @@ TEST_F(BB, BranchDirectionAndOrderDirection) {
       EXPECT_EQ(VLTcopyorder(env, lp, 11, ind.data(), pri.data(), dir.data()), 0);
     }
     VLTsetintparam(env, VLT_PARAM_BRDIR, brdir);
-    VLTsetintparam(env, VLT_PARAM_COVERS, -1);  // a cover would close the root
     VLTsetintparam(env, VLT_PARAM_MIPINTERVAL, 1);
     logtext.clear();
     EXPECT_EQ(VLTmipopt(env, lp), 0);
