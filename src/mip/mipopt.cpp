@@ -310,6 +310,8 @@ int miproot(miprun &r, bool restart, bbnode **root) {
       }
     }
     r.inc->increment = objincrement(p);
+    // an incumbent of start values takes the cutoff that the step implies
+    if (r.inc->solnseq >= 0) r.inc->cutoff = std::min(r.inc->cutoff, cutoff_from_obj(*r.inc, r.inc->bestobj));
     *root = nd;
     // Degradation estimates.
     double co = r.inc->cutoff;

@@ -27,10 +27,12 @@ struct dense {
 class BB : public MipTest {
  protected:
   // These models are built to need a tree (a single cover closes the
-  // parity knapsack at the root); the cut loop has its own tests.
+  // parity knapsack at the root, a heuristic finds its optimum before node
+  // 1); the cut loop and the heuristics have their own tests.
   void SetUp() override {
     MipTest::SetUp();
     VLTsetintparam(env, VLT_PARAM_COVERS, -1);
+    VLTsetintparam(env, VLT_PARAM_HEURFREQ, -1);
   }
   void load(const dense &d) {
     int n = static_cast<int>(d.c.size()), m = static_cast<int>(d.a.size());
