@@ -12,7 +12,7 @@
 
 namespace velto {
 
-mipplugins mipplug = {rootcutloop, nodecutloop, heurroot, heurnode, heurrootround, heurrepair};
+mipplugins mipplug = {rootcutloop, nodecutloop, heurroot, heurnode, heurrootround, heurrepair, heurpolish};
 
 // ---- node log ----------------------------------------------------------------
 
@@ -286,6 +286,10 @@ int mipnodeloop(miprun &r, bbnode *first) {
       }
       long long itshow = w->itcnt + passit;
       if (newinc) logincumbent(r, ' ', std::max(w->nodeleft - 1, 0), verdict, cur, itshow);
+      if (newinc && mipplug.polish) {
+        int rc = mipplug.polish(r, cur);
+        if (settle(rc)) break;
+      }
       if (ctl.display > 1 && !newinc && ctl.nodenum % ctl.interval == 0)
         logrow(r, ' ', ' ', w->nodeleft, verdict, cur, itshow);
       if (ctl.display > 1 && ctl.nodenum != 0 && ctl.nodenum % elapsedint == 0) {

@@ -101,7 +101,8 @@ struct miprun {
 // fractional node, rootround before the root cuts when the root rounding
 // run is asked for, rootheur on the root after its cuts, nodeheur at a
 // fractional node when the heuristic frequency is due (deep: a deeper
-// search), repair at the nodes of the periodic repair.  Each returns 0, a
+// search), repair at the nodes of the periodic repair, polish after a new
+// incumbent from a node.  Each returns 0, a
 // status 101..119 or an error; a new incumbent goes through the incumbent
 // store and is logged with the '+' mark.
 struct mipplugins {
@@ -111,6 +112,7 @@ struct mipplugins {
   int (*nodeheur)(miprun &r, bbnode *node, int deep) = nullptr;
   int (*rootround)(miprun &r, bbnode *root) = nullptr;
   int (*repair)(miprun &r, bbnode *node) = nullptr;
+  int (*polish)(miprun &r, bbnode *node) = nullptr;
 };
 extern mipplugins mipplug;
 

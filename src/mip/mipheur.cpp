@@ -348,6 +348,9 @@ int nodeheur(miprun &r, bbnode *node, bool root, int deep) {
     if (hc.found) {
       int c = successstep(hc);
       if (c) return c;
+      // a solution of a heuristic is polished at once
+      if ((c = polish(r, node)) != 0) return c;
+      if (r.heur->heurfail == 0 && (c = successstep(hc)) != 0) return c;
     }
     return 0;
   };

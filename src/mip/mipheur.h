@@ -102,6 +102,10 @@ int flipstart(heurcall &hc, int side);
 // with the integer columns on which the node and the incumbent agree
 // fixed (all the node's near-integral ones without an incumbent).
 int repairheur(miprun &r, bbnode *node);
+// Polish of the incumbent within the node's bounds: unit steps of integer
+// columns that lower the objective, alone or with a partner from the first
+// row the step alone would break; the continuous rest re-solved.
+int polish(miprun &r, bbnode *node);
 // Root rounding: the near-integral columns of the root fixed, a nested
 // search for a first solution.
 int rootround(miprun &r, bbnode *root);
@@ -111,6 +115,7 @@ int heurroot(miprun &r, bbnode *root);
 int heurnode(miprun &r, bbnode *node, int deep);
 int heurrootround(miprun &r, bbnode *root);
 int heurrepair(miprun &r, bbnode *node);
+int heurpolish(miprun &r, bbnode *node);
 
 // MIP start values at the start of VLTmipopt: 0, 108, 114 or an error.
 int mipstartrun(env *e, lp *p);

@@ -153,8 +153,100 @@ int rootround(miprun &r, bbnode *root) {
   return offerinteger(r, root, true, sol, "root rounding");
 }
 
+int polish(miprun &r, bbnode *node) {
+  if (r.heur == nullptr && r.ctl.heurfreq == -1) return 0;
+  heurstate &hs = heurof(r);
+  const sosdata *sos = r.p->core->sos;
+  if (hs.nopolish || r.ctl.heurfreq == -1 || (sos && sos->count > 0)) return 0;
+  if (r.inc->solnseq < 0 || !r.inc->havex) return 0;
+  heurcall hc;
+  hc.r = &r, hc.hs = &hs, hc.node = node, hc.root = r.ctl.nodenum == 0;
+  if (!heurpoint(r, hc)) return 0;
+  const int n = r.n, m = hs.m;
+  const double ep = r.ctl.epint, tol = r.e->params->eprhs;
+  std::vector<double> x = r.inc->x;
+  for (int j = 0; j < n; ++j)
+    if (r.ctype[j] != 'C') {
+      x[j] = std::floor(x[j] + 0.5);
+      if (x[j] < hc.lb[j] - ep || x[j] > hc.ub[j] + ep) return 0;  // outside the node
+    }
+  std::vector<double> act(m, 0.0);
+  for (int j = 0; j < n; ++j)
+    for (int k = hs.cbeg[j]; k < hs.cbeg[j + 1]; ++k) act[hs.cind[k]] += hs.cval[k] * x[j];
+  auto rowok = [&](int i, double a) { return a <= hs.rhi[i] + tol && a >= hs.rlo[i] - tol; };
+  auto inbox = [&](int j, double v) { return v >= hc.lb[j] - ep && v <= hc.ub[j] + ep; };
+  // Row changes of a move of j by sj and k by sk (k may be -1).
+  std::vector<double> delta(m, 0.0);
+  std::vector<int> touched;
+  auto trymove = [&](int j, double sj, int k, double sk, bool apply) {
+    touched.clear();
+    for (int c : {j, k}) {
+      if (c < 0) continue;
+      double st = c == j ? sj : sk;
+      for (int t = hs.cbeg[c]; t < hs.cbeg[c + 1]; ++t) {
+        int i = hs.cind[t];
+        if (delta[i] == 0.0) touched.push_back(i);
+        delta[i] += hs.cval[t] * st;
+      }
+    }
+    bool ok = true;
+    for (int i : touched) ok = ok && rowok(i, act[i] + delta[i]);
+    for (int i : touched) {
+      if (ok && apply) act[i] += delta[i];
+      delta[i] = 0.0;
+    }
+    if (ok && apply) {
+      x[j] += sj;
+      if (k >= 0) x[k] += sk;
+    }
+    return ok;
+  };
+  int moves = 0;
+  long long work = 0;
+  const long long cap = 50LL * static_cast<long long>(hs.cind.size()) + 100000;
+  for (bool again = true; again && work < cap;) {
+    again = false;
+    for (int j = 0; j < n && work < cap; ++j) {
+      if (r.ctype[j] == 'C' || hs.obj[j] == 0.0) continue;
+      const double sj = hs.obj[j] > 0 ? -1.0 : 1.0;
+      if (!inbox(j, x[j] + sj)) continue;
+      work += hs.cbeg[j + 1] - hs.cbeg[j];
+      if (trymove(j, sj, -1, 0, true)) {
+        ++moves, again = true;
+        continue;
+      }
+      // a partner through the first row the move alone breaks
+      int row = -1;
+      for (int t = hs.cbeg[j]; t < hs.cbeg[j + 1] && row < 0; ++t)
+        if (!rowok(hs.cind[t], act[hs.cind[t]] + hs.cval[t] * sj)) row = hs.cind[t];
+      if (row < 0) continue;
+      int bestk = -1;
+      double bestsk = 0, bestgain = -1e-9;
+      const rowcopy &rc = *hs.rc;
+      for (int t = rc.rowbeg[row]; t < rc.rowend[row] && t - rc.rowbeg[row] < 4000; ++t) {
+        int k = rc.rowind[t];
+        if (k == j || r.ctype[k] == 'C') continue;
+        for (double sk : {1.0, -1.0}) {
+          double gain = hs.obj[j] * sj + hs.obj[k] * sk;
+          if (gain >= bestgain || !inbox(k, x[k] + sk)) continue;
+          work += hs.cbeg[k + 1] - hs.cbeg[k];
+          if (trymove(j, sj, k, sk, false)) bestk = k, bestsk = sk, bestgain = gain;
+        }
+      }
+      if (bestk >= 0 && trymove(j, sj, bestk, bestsk, true)) ++moves, again = true;
+    }
+  }
+  if (moves == 0) return 0;
+  int st = heurrest(hc, x, "polish");
+  if (st || !hc.found) return st;
+  hs.heurfail = 0;
+  return 0;
+}
+
 int heurrootround(miprun &r, bbnode *root) { return rootround(r, root); }
 
 int heurrepair(miprun &r, bbnode *node) { return repairheur(r, node); }
+
+int heurpolish(miprun &r, bbnode *node) { return polish(r, node); }
 
 }  // namespace velto
