@@ -28,7 +28,7 @@ struct propagator {
              double epint, double eprhs)
       : hs(s), ctype(s.ctype), hl(lb.begin(), lb.begin() + s.n), hu(ub.begin(), ub.begin() + s.n),
         ep(epint), tol(eprhs), inq(s.m, 0) {
-    cap = 50LL * static_cast<long long>(s.cind.size()) + 100000;
+    cap = 10LL * static_cast<long long>(s.cind.size()) + 20000;
   }
   bool open(int j) const { return hu[j] - hl[j] > ep; }
   void enqueue(int j) {
@@ -141,6 +141,7 @@ bool fixlist(propagator &pp, std::vector<entry> &list, const std::vector<double>
   int fails = 0;
   for (const entry &en : list) {
     if (*fixed >= limit) return true;
+    if (pp.work > pp.cap) return false;  // the method's share of work is spent
     const int j = en.j;
     if (!pp.open(j)) continue;
     double v = std::clamp(x[j], pp.hl[j], pp.hu[j]);
@@ -179,6 +180,13 @@ int fixheur(heurcall &hc, int mode) {
   propagator pp(hs, hc.lb, hc.ub, ep, r.e->params->eprhs);
   pp.enqueueall();
   if (!pp.run()) return 0;
+  // The propagation's work goes to the budget as iterations (one a pass
+  // over the columns).
+  struct booking {
+    heurcall &hc;
+    const propagator &pp;
+    ~booking() { hc.iters += pp.work / std::max(hc.r->n, 1); }
+  } book{hc, pp};
   int st = heurreset(hc);
   if (st) return st;
   std::vector<double> x = hc.x, dj = hc.dj;

@@ -95,19 +95,27 @@ int offerinteger(miprun &r, bbnode *node, bool root, const std::vector<double> &
   return st;
 }
 
-}  // namespace
-
-int repairheur(miprun &r, bbnode *node) {
-  if (nesting > 0) return 0;
+// The node problem's solution and bounds; false when it holds no optimum.
+bool nodebox(miprun &r, std::vector<double> &x, std::vector<double> &lo, std::vector<double> &hi) {
   env *e = r.e;
   const int n = r.n;
-  std::vector<double> x(std::max(n, 1)), lo(std::max(n, 1)), hi(std::max(n, 1));
-  if (VLTgetstat(e, r.q) != 1 && VLTgetstat(e, r.q) != 5) return 0;
+  x.assign(std::max(n, 1), 0.0), lo.assign(std::max(n, 1), 0.0), hi.assign(std::max(n, 1), 0.0);
+  if (VLTgetstat(e, r.q) != 1 && VLTgetstat(e, r.q) != 5) return false;
   if (n > 0) {
     VLTgetx(e, r.q, x.data(), 0, n - 1);
     VLTgetlb(e, r.q, lo.data(), 0, n - 1);
     VLTgetub(e, r.q, hi.data(), 0, n - 1);
   }
+  return true;
+}
+
+}  // namespace
+
+int repairheur(miprun &r, bbnode *node) {
+  if (nesting > 0) return 0;
+  const int n = r.n;
+  std::vector<double> x, lo, hi;
+  if (!nodebox(r, x, lo, hi)) return 0;
   const bool haveinc = r.inc->solnseq >= 0 && r.inc->havex;
   const double ep = r.ctl.epint;
   int fixed = 0;
@@ -127,15 +135,9 @@ int repairheur(miprun &r, bbnode *node) {
 
 int rootround(miprun &r, bbnode *root) {
   if (nesting > 0) return 0;
-  env *e = r.e;
   const int n = r.n;
-  std::vector<double> x(std::max(n, 1)), lo(std::max(n, 1)), hi(std::max(n, 1));
-  if (VLTgetstat(e, r.q) != 1 && VLTgetstat(e, r.q) != 5) return 0;
-  if (n > 0) {
-    VLTgetx(e, r.q, x.data(), 0, n - 1);
-    VLTgetlb(e, r.q, lo.data(), 0, n - 1);
-    VLTgetub(e, r.q, hi.data(), 0, n - 1);
-  }
+  std::vector<double> x, lo, hi;
+  if (!nodebox(r, x, lo, hi)) return 0;
   int fixed = 0;
   for (int j = 0; j < n; ++j) {
     if (r.ctype[j] == 'C' || std::fabs(x[j]) >= 2.1e9) continue;
@@ -144,11 +146,11 @@ int rootround(miprun &r, bbnode *root) {
   }
   if (fixed == 0) return 0;
   if (r.ctl.display > 1)
-    msg(e->reschannel, "\nUsing root rounding heuristic, %d variables fixed:\n", fixed);
+    msg(r.e->reschannel, "\nUsing root rounding heuristic, %d variables fixed:\n", fixed);
   std::vector<double> sol;
   bool have = false;
   int st = nestedsolve(r, lo, hi, 2100000000, 1, sol, &have);
-  if (r.ctl.display > 1) msg(e->reschannel, "\nDone with root rounding heuristic.\n");
+  if (r.ctl.display > 1) msg(r.e->reschannel, "\nDone with root rounding heuristic.\n");
   if (st || !have) return st;
   return offerinteger(r, root, true, sol, "root rounding");
 }

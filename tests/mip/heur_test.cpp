@@ -16,15 +16,6 @@
 namespace miptest {
 namespace {
 
-struct dense {
-  int objsen = 1;
-  std::vector<double> c, lb, ub;
-  std::vector<std::vector<double>> a;
-  std::vector<char> sense;
-  std::vector<double> rhs;
-  std::string ctype;
-};
-
 // A model of nint integer columns (binaries and integers on [0, 3]) and
 // ncont continuous ones, with m rows that a random integer point satisfies.
 dense randommodel(unsigned seed, int nint, int ncont, int m) {
@@ -110,23 +101,7 @@ class Heur : public MipTest {
     velto::heurwatch = velto::heurwatcher();
     MipTest::TearDown();
   }
-  void load(const dense &d) {
-    int n = static_cast<int>(d.c.size()), m = static_cast<int>(d.a.size());
-    std::vector<int> beg(n), cnt(n), ind;
-    std::vector<double> val;
-    for (int j = 0; j < n; ++j) {
-      beg[j] = static_cast<int>(ind.size());
-      for (int i = 0; i < m; ++i)
-        if (d.a[i][j] != 0) ind.push_back(i), val.push_back(d.a[i][j]);
-      cnt[j] = static_cast<int>(ind.size()) - beg[j];
-    }
-    if (ind.empty()) ind.push_back(0), val.push_back(0);
-    ASSERT_EQ(VLTcopylp(env, lp, n, m, d.objsen, d.c.data(), m ? d.rhs.data() : nullptr,
-                        m ? d.sense.data() : nullptr, beg.data(), cnt.data(), ind.data(),
-                        val.data(), d.lb.data(), d.ub.data(), nullptr),
-              0);
-    ASSERT_EQ(VLTcopyctype(env, lp, d.ctype.c_str()), 0);
-  }
+  void load(const dense &d) { loaddense(env, lp, d); }
   void fresh() {
     if (lp) VLTfreeprob(env, &lp);
     int st = 0;
