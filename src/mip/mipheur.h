@@ -29,7 +29,6 @@ struct heurstate {
   double divebias = 0.5;
   std::mt19937_64 rng{20240601};
   double lastmark = -1.0;
-  bool isint(int j) const { return ctype[j] != 'C'; }
   const char *ctype = nullptr;
 };
 
