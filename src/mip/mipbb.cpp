@@ -7,11 +7,12 @@
 #include "env/par.h"
 #include "mip/mipbb.h"
 #include "mip/mipcuts.h"
+#include "mip/mipheur.h"
 #include "model/store.h"
 
 namespace velto {
 
-mipplugins mipplug = {rootcutloop, nodecutloop, nullptr, nullptr};
+mipplugins mipplug = {rootcutloop, nodecutloop, heurroot, heurnode, heurrootround, heurrepair, heurpolish};
 
 // ---- node log ----------------------------------------------------------------
 
@@ -81,6 +82,20 @@ void logrow(miprun &r, char mark, char plus, int left, int verdict, const bbnode
     }
   }
   msg(e->reschannel, "\n");
+}
+
+void logincumbent(miprun &r, char plus, int left, int verdict, const bbnode *nd, long long itcnt) {
+  env *e = r.e;
+  const mipctl &ctl = r.ctl;
+  if (ctl.display > 1) {
+    logrow(r, '*', plus, left, verdict, nd, itcnt);
+  } else if (ctl.display == 1) {
+    const double bn = r.w->bestnodeobj;
+    msg(e->reschannel, "Best integer = %14.6le  Node = %7d  Best node = ",
+        r.inc->bestobj * ctl.objsen, ctl.nodenum);
+    if (std::fabs(bn) < 1e74) msg(e->reschannel, "%14.6le\n", bn * ctl.objsen);
+    else msg(e->reschannel, ctl.objsen < 0 ? "-inf\n" : "+inf\n");
+  }
 }
 
 // ---- stop tests ----------------------------------------------------------------
@@ -270,13 +285,10 @@ int mipnodeloop(miprun &r, bbnode *first) {
         w->bestnodeobj = b;
       }
       long long itshow = w->itcnt + passit;
-      if (newinc && ctl.display > 1) {
-        logrow(r, '*', ' ', std::max(w->nodeleft - 1, 0), verdict, cur, itshow);
-      } else if (newinc && ctl.display == 1) {
-        msg(e->reschannel, "Best integer = %14.6le  Node = %7d  Best node = ",
-            r.inc->bestobj * ctl.objsen, ctl.nodenum);
-        if (std::fabs(w->bestnodeobj) < 1e74) msg(e->reschannel, "%14.6le\n", w->bestnodeobj * ctl.objsen);
-        else msg(e->reschannel, ctl.objsen < 0 ? "-inf\n" : "+inf\n");
+      if (newinc) logincumbent(r, ' ', std::max(w->nodeleft - 1, 0), verdict, cur, itshow);
+      if (newinc && mipplug.polish) {
+        int rc = mipplug.polish(r, cur);
+        if (settle(rc)) break;
       }
       if (ctl.display > 1 && !newinc && ctl.nodenum % ctl.interval == 0)
         logrow(r, ' ', ' ', w->nodeleft, verdict, cur, itshow);
@@ -314,6 +326,12 @@ int mipnodeloop(miprun &r, bbnode *first) {
           ((ctl.heurfreq == 0 && ctl.nodenum % 10 == 0) ||
            (ctl.heurfreq > 0 && ctl.nodenum % ctl.heurfreq == 0))) {
         int rc = mipplug.nodeheur(r, cur, ctl.emphasis == 1 && ctl.heurfreq == 0 ? 0 : 1);
+        if (settle(rc)) break;
+      }
+      const int repairfreq = e->mipparams->p2062;
+      if (verdict == 4 && mipplug.repair && repairfreq > 0 && slot == 0 && ctl.nodenum > 0 &&
+          ctl.nodenum % repairfreq == 0) {
+        int rc = mipplug.repair(r, cur);
         if (settle(rc)) break;
       }
       if (kids.empty()) {

@@ -2,6 +2,7 @@
 // between calls of VLTmipopt, the node log and the branching rules.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "mip/mip.h"
@@ -75,6 +76,8 @@ struct branchctx {
   const std::vector<double> *dual = nullptr;               // row duals (model sense)
 };
 
+struct heurstate;
+
 // One run of the search on a model: what the loop and the log read.
 struct miprun {
   env *e = nullptr;
@@ -88,20 +91,28 @@ struct miprun {
   mipctl ctl;
   divestate dive;
   double bbinterval = 0.0;
+  std::shared_ptr<heurstate> heur;  // the heuristics' memory of the run
+  bool rootround = false;                  // the root rounding run is due
 };
 
 // Where the cut loops and heuristics plug into the search.  Each entry is
 // null until its family is in the library; the driver calls what is set.
 // rootcuts runs after the root relaxation (on the root node), nodecuts at a
-// fractional node, rootheur once before the tree, nodeheur at a fractional
-// node when the heuristic frequency is due (deep: a deeper search).  Each
-// returns 0, a status 101..119 or an error; a new incumbent goes through
-// the incumbent store.
+// fractional node, rootround before the root cuts when the root rounding
+// run is asked for, rootheur on the root after its cuts, nodeheur at a
+// fractional node when the heuristic frequency is due (deep: a deeper
+// search), repair at the nodes of the periodic repair, polish after a new
+// incumbent from a node.  Each returns 0, a
+// status 101..119 or an error; a new incumbent goes through the incumbent
+// store and is logged with the '+' mark.
 struct mipplugins {
   int (*rootcuts)(miprun &r, bbnode *root) = nullptr;
   int (*nodecuts)(miprun &r, bbnode *node) = nullptr;
-  int (*rootheur)(miprun &r) = nullptr;
+  int (*rootheur)(miprun &r, bbnode *root) = nullptr;
   int (*nodeheur)(miprun &r, bbnode *node, int deep) = nullptr;
+  int (*rootround)(miprun &r, bbnode *root) = nullptr;
+  int (*repair)(miprun &r, bbnode *node) = nullptr;
+  int (*polish)(miprun &r, bbnode *node) = nullptr;
 };
 extern mipplugins mipplug;
 
@@ -115,6 +126,9 @@ void logrow(miprun &r, char mark, char plus, int left, int verdict, const bbnode
 // best integer, best node, gap.
 void logcolumns(miprun &r, char mark, int verdict, char objcol[64], char bestint[64],
                 char bestnode[64], char gap[32]);
+// The line or row of a new incumbent: the '*' row (plus: '+' for one from
+// a heuristic) with `left` nodes left, or the short line of display 1.
+void logincumbent(miprun &r, char plus, int left, int verdict, const bbnode *nd, long long itcnt);
 // The stop tests in their order: 0 or a status 101..114.
 int miplimits(miprun &r);
 // The node loop from the node in slot 0; returns 0, a status or an error.

@@ -11,6 +11,7 @@
 #include "env/par.h"
 #include "mip/mipbb.h"
 #include "mip/mipcuts.h"
+#include "mip/mipheur.h"
 #include "model/store.h"
 
 namespace velto {
@@ -190,9 +191,18 @@ int miproot(miprun &r, bool restart, bbnode **root) {
       if (!st) st = VLTchgbds(e, r.q, n, idx.data(), hi.data(), bb.ns.gub.data());
       if (st) return st;
     }
-    delete w->inc;
+    // A solution from MIP start values stays as the first incumbent.
+    incumbent *start = w->inc != nullptr && w->inc->solnseq >= 0 ? w->inc : nullptr;
     w->inc = new incumbent();
     incumbent_init(e, ctl.objsen, n, *w->inc);
+    if (start != nullptr) {
+      incumbent &s = *w->inc;
+      s.solnseq = start->solnseq, s.havex = start->havex, s.bestobj = start->bestobj;
+      s.x.swap(start->x), s.colstat.swap(start->colstat), s.rowstat.swap(start->rowstat);
+      s.solcnt = start->solcnt;
+      s.cutoff = std::min(s.cutoff, cutoff_from_obj(s, s.bestobj));
+    }
+    delete start;
     r.inc = w->inc;
   } else {
     r.q = bb.ns.nodelp = p->mip->nodelp;
@@ -250,6 +260,11 @@ int miproot(miprun &r, bool restart, bbnode **root) {
     bb.rootobj = obj;
     w->bestnodeobj = obj;
     bb.rootit = w->itcnt;
+    if (r.inc->solnseq >= 0) {
+      // the incumbent of the start values, before node 1
+      ctl.nodenum = 0;
+      logincumbent(r, ' ', 1, 0, nullptr, w->itcnt);
+    }
     std::vector<double> x(std::max(n, 1)), lb(std::max(n, 1)), ub(std::max(n, 1));
     if (n > 0) {
       VLTgetx(e, r.q, x.data(), 0, n - 1);
@@ -260,6 +275,12 @@ int miproot(miprun &r, bool restart, bbnode **root) {
     iinf += sosinfeas(p->core->sos, x.data(), lb.data(), ub.data(), ctl.epint);
     bb.rootiinf = iinf;
     bb.rootsuminf = ctl.suminf;
+    // Root rounding: always at 1, never at -1, and at 0 when more than 40%
+    // of the fractional integer columns are within 0.1 of an integer.
+    const int rr = e->mipparams->p2011;
+    int near = 0;
+    for (int k = 0; k < ctl.nfrac; ++k) near += ctl.fracval[k] < 0.1 || ctl.fracval[k] > 0.9;
+    r.rootround = rr == 1 || (rr == 0 && ctl.nfrac > 0 && near > 0.4 * ctl.nfrac);
     auto *nd = new bbnode();
     nd->bound = nd->baseobj = obj;
     nd->estinc = 1e37;
@@ -289,6 +310,8 @@ int miproot(miprun &r, bool restart, bbnode **root) {
       }
     }
     r.inc->increment = objincrement(p);
+    // an incumbent of start values takes the cutoff that the step implies
+    if (r.inc->solnseq >= 0) r.inc->cutoff = std::min(r.inc->cutoff, cutoff_from_obj(*r.inc, r.inc->bestobj));
     *root = nd;
     // Degradation estimates.
     double co = r.inc->cutoff;
@@ -406,11 +429,22 @@ int mipsolve(env *e, lp *p) {
       }
     }
     if (!restart && first != nullptr && code == 0) {
-      if (mp->p2011 == 1 && mipplug.rootheur) code = mipplug.rootheur(r);
+      if (r.rootround && mipplug.rootround) code = mipplug.rootround(r, first);
       bool anycuts = mp->covers >= 0 || mp->cliques >= 0 || mp->flowcovers >= 0 ||
                      mp->flowpaths >= 0 || mp->implbd >= 0 || mp->gubcovers >= 0 ||
                      mp->fraccuts >= 0 || mp->mircuts >= 0 || mp->disjcuts > 0;
       if (code == 0 && anycuts && mipplug.rootcuts) code = mipplug.rootcuts(r, first);
+      // The root heuristics on the root after its cuts; a cutoff that has
+      // passed the root's bound ends the search.
+      if (code == 0 && ctl.heurfreq != -1 && mipplug.rootheur) {
+        code = mipplug.rootheur(r, first);
+        if (code == 0 && r.inc->cutoff < first->bound) {
+          delete first;
+          first = nullptr;
+          w->nodeleft = 0;
+          w->bestnodeobj = r.inc->bestobj;
+        }
+      }
       if (code != 0) {
         delete first;
         first = nullptr;
@@ -571,6 +605,7 @@ int mipopt(env *e, lp *p) {
         "Warning:  Barrier algorithm is set to 3 and MIP subproblems are\n"
         "   being solved by barrier without crossover.  The recommended\n"
         "   settings for the barrier algorithm in this case are 0, 1 and 2.\n");
+  const bool fresh = md->work == nullptr;
   if (md->work == nullptr) {
     md->work = new mipwork();
     if (mp->mipordtype > 0 && md->order == nullptr) {
@@ -578,6 +613,15 @@ int mipopt(env *e, lp *p) {
       if (orderfromrule(e, p, mp->mipordtype, *o) == 0) md->order = o;
       else delete o;
     }
+  }
+  // MIP start values, on the first call of a search.
+  if (fresh && mp->mipstart != 0 && md->start != nullptr && md->start->count > 0) {
+    int st = mipstartrun(e, p);
+    if (st == 108 || st == 114) {
+      p->lpstat = st;
+      return 0;
+    }
+    if (st) return st;
   }
   // Presolve decision: no reduced problem exists and no integer presolve is
   // in the library yet, so every run searches the model itself.

@@ -13,6 +13,36 @@
 
 namespace miptest {
 
+// A model given by dense rows: max or min c'x, rows with senses, bounds and
+// column types.
+struct dense {
+  int objsen = 1;
+  std::vector<double> c, lb, ub;
+  std::vector<std::vector<double>> a;
+  std::vector<char> sense;
+  std::vector<double> rhs;
+  std::string ctype;
+};
+
+// Loads d into lp (column-wise, with the column types).
+inline void loaddense(VLTENVptr env, VLTLPptr lp, const dense &d) {
+  int n = static_cast<int>(d.c.size()), m = static_cast<int>(d.a.size());
+  std::vector<int> beg(n), cnt(n), ind;
+  std::vector<double> val;
+  for (int j = 0; j < n; ++j) {
+    beg[j] = static_cast<int>(ind.size());
+    for (int i = 0; i < m; ++i)
+      if (d.a[i][j] != 0) ind.push_back(i), val.push_back(d.a[i][j]);
+    cnt[j] = static_cast<int>(ind.size()) - beg[j];
+  }
+  if (ind.empty()) ind.push_back(0), val.push_back(0);
+  ASSERT_EQ(VLTcopylp(env, lp, n, m, d.objsen, d.c.data(), m ? d.rhs.data() : nullptr,
+                      m ? d.sense.data() : nullptr, beg.data(), cnt.data(), ind.data(),
+                      val.data(), d.lb.data(), d.ub.data(), nullptr),
+            0);
+  ASSERT_EQ(VLTcopyctype(env, lp, d.ctype.c_str()), 0);
+}
+
 class MipTest : public ::testing::Test {
  protected:
   void SetUp() override {
