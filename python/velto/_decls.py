@@ -1759,6 +1759,15 @@ FUNCTIONS = (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
     )),
+    ('VLTstrongbranch', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+        ('const int*', 'goodlist'),
+        ('int', 'goodlen'),
+        ('double*', 'downpen'),
+        ('double*', 'uppen'),
+        ('int', 'itlim'),
+    )),
     ('VLTgetmipx', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
