@@ -14,11 +14,20 @@ namespace {
 class StrongTest : public MipTest {
  protected:
   // Reads a MIPLIB model, remembers its types and makes it an LP, solved.
-  bool loadrelax(const std::string &name) {
+  // With `flip` the objective is negated and maximized: the same children.
+  bool loadrelax(const std::string &name, bool flip = false) {
     std::string file = velto_test::modelpath("miplib3", name);
     if (!std::filesystem::exists(file)) return false;
     EXPECT_EQ(VLTreadcopyprob(env, lp, file.c_str(), nullptr), 0);
     n = VLTgetnumcols(env, lp);
+    if (flip) {
+      std::vector<double> c(n);
+      std::vector<int> idx(n);
+      EXPECT_EQ(VLTgetobj(env, lp, c.data(), 0, n - 1), 0);
+      for (int j = 0; j < n; ++j) c[j] = -c[j], idx[j] = j;
+      EXPECT_EQ(VLTchgobj(env, lp, n, idx.data(), c.data()), 0);
+      VLTchgobjsen(env, lp, -1);
+    }
     m = VLTgetnumrows(env, lp);
     ctype.assign(n, 'C');
     EXPECT_EQ(VLTgetctype(env, lp, ctype.data(), 0, n - 1), 0);
@@ -60,8 +69,8 @@ class StrongTest : public MipTest {
     return z;
   }
   // Trial values equal the children's optima; basis and x unchanged.
-  void againstchildren(const std::string &name) {
-    if (!loadrelax(name)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
+  void againstchildren(const std::string &name, bool flip = false) {
+    if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
     std::vector<int> list = fracbasic();
     ASSERT_FALSE(list.empty());
     std::vector<int> cs0(n), rs0(m), cs1(n), rs1(m);
@@ -83,8 +92,8 @@ class StrongTest : public MipTest {
     }
   }
   // One-pivot penalties never exceed the true increase of a child.
-  void penaltiesbound(const std::string &name) {
-    if (!loadrelax(name)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
+  void penaltiesbound(const std::string &name, bool flip = false) {
+    if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
     std::vector<int> list = fracbasic();
     ASSERT_FALSE(list.empty());
     int cnt = static_cast<int>(list.size());
@@ -112,8 +121,10 @@ class StrongTest : public MipTest {
 
 TEST_F(StrongTest, TrialValuesEqualChildOptimaP0201) { againstchildren("p0201"); }
 TEST_F(StrongTest, TrialValuesEqualChildOptimaMisc07) { againstchildren("misc07"); }
+TEST_F(StrongTest, TrialValuesEqualChildOptimaMaximized) { againstchildren("p0201", true); }
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostP0201) { penaltiesbound("p0201"); }
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMisc07) { penaltiesbound("misc07"); }
+TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMaximized) { penaltiesbound("p0201", true); }
 
 // min x0 + x1, x0 + x1 >= 1.5, 2 x0 - 2 x1 = 1, 0 <= x <= 10 gives
 // x0 = 1, x1 = 0.5: x1's down child is infeasible.
