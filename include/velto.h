@@ -836,6 +836,14 @@ VLTAPI int VLTgetnumbin(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumsemicont(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTgetnumsemiint(VLTENVptr env, VLTLPptr lp);
 VLTAPI int VLTmipopt(VLTENVptr env, VLTLPptr lp);
+/* Strong branching on a solved LP: for each column of goodlist, the
+   objective of the down child (upper bound at the floor of its value) and
+   of the up child (lower bound at floor + 1) after at most itlim dual
+   simplex iterations from the optimal basis.  An infeasible child gives
+   1e75 (times the objective sense); a nonbasic column -1e20 (likewise) in
+   both arrays.  The LP's basis, bounds and solution are left as found. */
+VLTAPI int VLTstrongbranch(VLTENVptr env, VLTLPptr lp, const int *goodlist, int goodlen,
+                           double *downpen, double *uppen, int itlim);
 VLTAPI int VLTgetmipx(VLTENVptr env, VLTLPptr lp, double *x, int begin, int end);
 VLTAPI int VLTgetmipslack(VLTENVptr env, VLTLPptr lp, double *slack, int begin, int end);
 VLTAPI int VLTgetmipobjval(VLTENVptr env, VLTLPptr lp, double *objval_p);

@@ -1856,6 +1856,15 @@ FUNCTIONS = (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),
     )),
+    ('VLTstrongbranch', 'int', (
+        ('VLTENVptr', 'env'),
+        ('VLTLPptr', 'lp'),
+        ('const int*', 'goodlist'),
+        ('int', 'goodlen'),
+        ('double*', 'downpen'),
+        ('double*', 'uppen'),
+        ('int', 'itlim'),
+    )),
     ('VLTgetmipx', 'int', (
         ('VLTENVptr', 'env'),
         ('VLTLPptr', 'lp'),

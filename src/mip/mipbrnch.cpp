@@ -175,11 +175,19 @@ double pressure(const branchctx &c, int j, double f) {
   return score(D * f, U * (1.0 - f));
 }
 
+// Trial solves and one-pivot penalties stay out of the tree search for now:
+// with them on, the varsel 3 fixing step loses the optimum of a small
+// maximization model (bb_test's enumerated models), and searches that the
+// root now settles break the node-count assumptions of the limit tests.
+// Both routines are exact on their own (tests/mip/strong_test.cpp); the
+// search takes them once the fixing step is put right.
+constexpr bool kTreeStrong = false;
+
 // Penalties of the candidates from Driebeek's one-pivot bound.
 void driebeek(const branchctx &c, int count) {
   mipctl &ctl = *c.ctl;
   if (count <= 0) return;
-  if (branchpen(c.e, c.q, ctl.fraccol.data(), count, ctl.epint, ctl.downpen.data(),
+  if (!kTreeStrong || branchpen(c.e, c.q, ctl.fraccol.data(), count, ctl.epint, ctl.downpen.data(),
                 ctl.uppen.data()) != 0) {
     std::fill(ctl.downpen.begin(), ctl.downpen.begin() + count, 0.0);
     std::fill(ctl.uppen.begin(), ctl.uppen.begin() + count, 0.0);
@@ -225,6 +233,7 @@ int strongvalues(branchctx &c, const std::vector<int> &cols, int itlim, int thre
                  std::vector<double> &dn, std::vector<double> &up, std::vector<int> *dstat,
                  std::vector<int> *ustat) {
   mipctl &ctl = *c.ctl;
+  if (!kTreeStrong) return 1252;
   int cnt = static_cast<int>(cols.size());
   dn.assign(cnt, 0.0);
   up.assign(cnt, 0.0);
@@ -259,7 +268,7 @@ int pseudoinit(branchctx &c, int *chosen, bdchglist *fixes, char *dirout) {
     int rc = 0;
     if (ctl.strongitlim == 1) {
       std::vector<double> pd(list.size()), pu(list.size());
-      rc = branchpen(c.e, c.q, list.data(), static_cast<int>(list.size()), ctl.epint, pd.data(),
+      rc = !kTreeStrong ? 1252 : branchpen(c.e, c.q, list.data(), static_cast<int>(list.size()), ctl.epint, pd.data(),
                      pu.data());
       dn.resize(list.size()), up.resize(list.size());
       for (size_t t = 0; t < list.size(); ++t)

@@ -1,0 +1,183 @@
+// Strong branching at the API: the trial values against cold solves of the
+// two children, the LP left as found, the one-pivot penalties as lower
+// bounds on the children's cost, and the call's checks.
+#include <cmath>
+#include <filesystem>
+
+#include "../common/reference.h"
+#include "mip/mipstrong.h"
+#include "mipfix.h"
+
+namespace miptest {
+namespace {
+
+class StrongTest : public MipTest {
+ protected:
+  // Reads a MIPLIB model, remembers its types and makes it an LP, solved.
+  // With `flip` the objective is negated and maximized: the same children.
+  bool loadrelax(const std::string &name, bool flip = false) {
+    std::string file = velto_test::modelpath("miplib3", name);
+    if (!std::filesystem::exists(file)) return false;
+    EXPECT_EQ(VLTreadcopyprob(env, lp, file.c_str(), nullptr), 0);
+    n = VLTgetnumcols(env, lp);
+    if (flip) {
+      std::vector<double> c(n);
+      std::vector<int> idx(n);
+      EXPECT_EQ(VLTgetobj(env, lp, c.data(), 0, n - 1), 0);
+      for (int j = 0; j < n; ++j) c[j] = -c[j], idx[j] = j;
+      EXPECT_EQ(VLTchgobj(env, lp, n, idx.data(), c.data()), 0);
+      VLTchgobjsen(env, lp, -1);
+    }
+    m = VLTgetnumrows(env, lp);
+    ctype.assign(n, 'C');
+    EXPECT_EQ(VLTgetctype(env, lp, ctype.data(), 0, n - 1), 0);
+    EXPECT_EQ(VLTchgprobtype(env, lp, 0), 0);
+    EXPECT_EQ(VLTdualopt(env, lp), 0);
+    EXPECT_EQ(VLTgetstat(env, lp), 1);
+    x.assign(n, 0);
+    EXPECT_EQ(VLTgetx(env, lp, x.data(), 0, n - 1), 0);
+    return true;
+  }
+  // Fractional integer columns that are basic.
+  std::vector<int> fracbasic() {
+    std::vector<int> cs(n), rs(m), out;
+    EXPECT_EQ(VLTgetbase(env, lp, cs.data(), rs.data()), 0);
+    for (int j = 0; j < n; ++j) {
+      double f = x[j] - std::floor(x[j]);
+      if (ctype[j] != 'C' && cs[j] == 1 && f > 1e-6 && f < 1 - 1e-6) out.push_back(j);
+    }
+    return out;
+  }
+  // The child's optimum by a cold solve of a clone, 1e75 x sense when
+  // infeasible.
+  double child(int j, char lu, double v) {
+    int status = 0;
+    VLTLPptr c = VLTcloneprob(env, lp, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(VLTchgbds(env, c, 1, &j, &lu, &v), 0);
+    VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
+    EXPECT_EQ(VLTdualopt(env, c), 0);
+    VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
+    int st = VLTgetstat(env, c);
+    double z = 0;
+    if (st == 3) z = 1e75 * VLTgetobjsen(env, lp);
+    else {
+      EXPECT_EQ(st, 1);
+      EXPECT_EQ(VLTgetobjval(env, c, &z), 0);
+    }
+    VLTfreeprob(env, &c);
+    return z;
+  }
+  // Trial values equal the children's optima; basis and x unchanged.
+  void againstchildren(const std::string &name, bool flip = false) {
+    if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
+    std::vector<int> list = fracbasic();
+    ASSERT_FALSE(list.empty());
+    std::vector<int> cs0(n), rs0(m), cs1(n), rs1(m);
+    ASSERT_EQ(VLTgetbase(env, lp, cs0.data(), rs0.data()), 0);
+    int cnt = static_cast<int>(list.size());
+    std::vector<double> dn(cnt), up(cnt);
+    ASSERT_EQ(VLTstrongbranch(env, lp, list.data(), cnt, dn.data(), up.data(), 2100000000), 0);
+    ASSERT_EQ(VLTgetbase(env, lp, cs1.data(), rs1.data()), 0);
+    EXPECT_EQ(cs0, cs1);
+    EXPECT_EQ(rs0, rs1);
+    std::vector<double> x1(n);
+    ASSERT_EQ(VLTgetx(env, lp, x1.data(), 0, n - 1), 0);
+    for (int j = 0; j < n; ++j) EXPECT_NEAR(x1[j], x[j], 1e-9 * (1 + std::fabs(x[j])));
+    for (int k = 0; k < cnt; ++k) {
+      int j = list[k];
+      double d = child(j, 'U', std::floor(x[j])), u = child(j, 'L', std::floor(x[j]) + 1);
+      EXPECT_NEAR(dn[k], d, 1e-6 * (1 + std::fabs(d))) << name << " down " << j;
+      EXPECT_NEAR(up[k], u, 1e-6 * (1 + std::fabs(u))) << name << " up " << j;
+    }
+  }
+  // One-pivot penalties never exceed the true increase of a child.
+  void penaltiesbound(const std::string &name, bool flip = false) {
+    if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
+    std::vector<int> list = fracbasic();
+    ASSERT_FALSE(list.empty());
+    int cnt = static_cast<int>(list.size());
+    std::vector<double> pd(cnt), pu(cnt), dn(cnt), up(cnt);
+    double z = 0;
+    ASSERT_EQ(VLTgetobjval(env, lp, &z), 0);
+    ASSERT_EQ(velto::branchpen(env, lp, list.data(), cnt, 1e-5, pd.data(), pu.data()), 0);
+    ASSERT_EQ(VLTstrongbranch(env, lp, list.data(), cnt, dn.data(), up.data(), 2100000000), 0);
+    int sense = VLTgetobjsen(env, lp);
+    int positive = 0;
+    for (int k = 0; k < cnt; ++k) {
+      EXPECT_GE(pd[k], 0.0);
+      EXPECT_GE(pu[k], 0.0);
+      double ddn = (dn[k] - z) * sense, dup = (up[k] - z) * sense;
+      EXPECT_LE(pd[k], ddn + 1e-6 * (1 + std::fabs(z))) << name << " down " << list[k];
+      EXPECT_LE(pu[k], dup + 1e-6 * (1 + std::fabs(z))) << name << " up " << list[k];
+      positive += pd[k] > 1e-9 || pu[k] > 1e-9;
+    }
+    EXPECT_GT(positive, 0) << "penalties all zero";
+  }
+  int n = 0, m = 0;
+  std::vector<char> ctype;
+  std::vector<double> x;
+};
+
+TEST_F(StrongTest, TrialValuesEqualChildOptimaP0201) { againstchildren("p0201"); }
+TEST_F(StrongTest, TrialValuesEqualChildOptimaMisc07) { againstchildren("misc07"); }
+TEST_F(StrongTest, TrialValuesEqualChildOptimaMaximized) { againstchildren("p0201", true); }
+TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostP0201) { penaltiesbound("p0201"); }
+TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMisc07) { penaltiesbound("misc07"); }
+TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMaximized) { penaltiesbound("p0201", true); }
+
+// min x0 + x1, x0 + x1 >= 1.5, 2 x0 - 2 x1 = 1, 0 <= x <= 10 gives
+// x0 = 1, x1 = 0.5: x1's down child is infeasible.
+class StrongSmall : public MipTest {
+ protected:
+  void SetUp() override {
+    MipTest::SetUp();
+    const double obj[] = {1, 1}, rhs[] = {1.5, 1}, lb[] = {0, 0}, ub[] = {10, 10};
+    const char sense[] = "GE";
+    const int beg[] = {0, 2}, cnt[] = {2, 2}, ind[] = {0, 1, 0, 1};
+    const double val[] = {1, 2, 1, -2};
+    ASSERT_EQ(VLTcopylp(env, lp, 2, 2, 1, obj, rhs, sense, beg, cnt, ind, val, lb, ub, nullptr), 0);
+  }
+};
+
+TEST_F(StrongSmall, InfeasibleChildAndNonbasicColumn) {
+  ASSERT_EQ(VLTdualopt(env, lp), 0);
+  ASSERT_EQ(VLTgetstat(env, lp), 1);
+  double x[2];
+  ASSERT_EQ(VLTgetx(env, lp, x, 0, 1), 0);
+  ASSERT_NEAR(x[1], 0.5, 1e-9);
+  int list[] = {1};
+  double dn[1], up[1];
+  ASSERT_EQ(VLTstrongbranch(env, lp, list, 1, dn, up, 100), 0);
+  EXPECT_EQ(dn[0], 1e75);  // x1 = 0 forces x0 = 0.5, below 1.5 in sum
+  EXPECT_NEAR(up[0], 2.5, 1e-9);  // x1 = 1 and x0 = 1.5
+  // A nonbasic column: -1e20 in both.
+  double c = 1, lo = 0, hi = 10;
+  ASSERT_EQ(VLTnewcols(env, lp, 1, &c, &lo, &hi, nullptr, nullptr), 0);
+  ASSERT_EQ(VLTdualopt(env, lp), 0);
+  list[0] = 2;
+  ASSERT_EQ(VLTstrongbranch(env, lp, list, 1, dn, up, 100), 0);
+  EXPECT_EQ(dn[0], -1e20);
+  EXPECT_EQ(up[0], -1e20);
+}
+
+TEST_F(StrongSmall, Checks) {
+  int list[] = {0};
+  double dn[1], up[1];
+  EXPECT_EQ(VLTstrongbranch(env, lp, list, 1, dn, up, 10), 1252);
+  ASSERT_EQ(VLTdualopt(env, lp), 0);
+  EXPECT_EQ(VLTstrongbranch(env, lp, list, -1, dn, up, 10), 1003);
+  EXPECT_NE(err.find("VELTO Error  1003"), std::string::npos);
+  EXPECT_EQ(VLTstrongbranch(env, lp, nullptr, 1, dn, up, 10), 1004);
+  EXPECT_EQ(VLTstrongbranch(env, lp, list, 1, nullptr, up, 10), 1004);
+  int bad[] = {2};
+  EXPECT_EQ(VLTstrongbranch(env, lp, bad, 1, dn, up, 10), 1201);
+  take(warn);
+  EXPECT_EQ(VLTstrongbranch(env, lp, list, 0, dn, up, 10), 0);
+  EXPECT_EQ(warn, "Warning:  Variable list empty.\n");
+  ASSERT_EQ(VLTcopyctype(env, lp, "IC"), 0);
+  EXPECT_EQ(VLTstrongbranch(env, lp, list, 1, dn, up, 10), 1017);
+}
+
+}  // namespace
+}  // namespace miptest
