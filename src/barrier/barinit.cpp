@@ -104,7 +104,7 @@ inline double rfac(const lpcore *c, int i) { return c->rowscale ? c->rowscale[i]
 inline double cfac(const lpcore *c, int j) { return c->colscale ? c->colscale[j] : 1.0; }
 }  // namespace
 
-int bar_writesoln(env *e, lp *p, const barprob &bp, const barmap &map, const iterate &it,
+int bar_writesoln(env *e, lp *p, const barprob & /*bp*/, const barmap &map, const iterate &it,
                   const barresult &res) {
   return guarded([&]() -> int {
     const lpcore *c = p->core;

@@ -340,8 +340,9 @@ TEST_F(BB, NodeLogLines) {
     } else {
       // the root shows twice: at the cut loop's first pass and as the
       // first node of the tree
-      if (!(node == 0 && lastnode == 0 && rows == 1))
+      if (!(node == 0 && lastnode == 0 && rows == 1)) {
         EXPECT_EQ(node, lastnode + 1) << "interval 1 shows every node\n" << log;
+      }
       lastnode = node;
       std::string obj = line.substr(13, 20);
       EXPECT_TRUE(obj == "    infeasible      " || obj == "        cutoff      " ||
