@@ -23,23 +23,13 @@
 #include "common/qualcheck.h"
 #include "common/rangecheck.h"
 #include "common/reference.h"
+#include "common/session.h"
 #include "velto.h"
 
 namespace {
 
-struct session {
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  session() {
-    int st = 0;
-    env = VLTopenVELTO(&st);
-    VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
-    lp = VLTcreateprob(env, &st, "sensit");
-  }
-  ~session() {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
-  }
+struct session : velto_test::session {
+  session() : velto_test::session("sensit") {}
 };
 
 // Larger models probed on a sample of their items.

@@ -8,31 +8,16 @@
 #include <vector>
 
 #include "velto.h"
+#include "common/session.h"
 
 namespace {
 
-class PrimalQuality : public ::testing::Test {
+class PrimalQuality : public ::testing::Test, protected velto_test::session {
  protected:
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  std::string errors;
-
-  static void collect(void *h, const char *text) { static_cast<std::string *>(h)->append(text); }
-
+  PrimalQuality() : session("kappa") {}
   void SetUp() override {
-    int st = 0;
-    env = VLTopenVELTO(&st);
     ASSERT_NE(env, nullptr);
-    VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
     VLTsetintparam(env, VLT_PARAM_PREIND, 0);
-    VLTCHANNELptr cerr = nullptr, cwarn = nullptr, cres = nullptr, clog = nullptr;
-    VLTgetchannels(env, &cres, &cwarn, &cerr, &clog);
-    VLTaddfuncdest(env, cerr, &errors, collect);
-    lp = VLTcreateprob(env, &st, "kappa");
-  }
-  void TearDown() override {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
   }
 
   // Loads max c'x over rows given densely ('L' rows unless told), x >= 0.

@@ -13,33 +13,16 @@
 #include "common/lpcheck.h"
 #include "common/qualcheck.h"
 #include "common/rangecheck.h"
+#include "common/session.h"
 #include "common/reference.h"
 #include "velto.h"
 
 namespace {
 
-class Sensit : public ::testing::Test {
+class Sensit : public ::testing::Test, protected velto_test::session {
  protected:
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  std::string errors;
-
-  static void collect(void *h, const char *text) { static_cast<std::string *>(h)->append(text); }
-
-  void SetUp() override {
-    int st = 0;
-    env = VLTopenVELTO(&st);
-    ASSERT_NE(env, nullptr);
-    VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
-    VLTCHANNELptr cerr = nullptr, cwarn = nullptr, cres = nullptr, clog = nullptr;
-    VLTgetchannels(env, &cres, &cwarn, &cerr, &clog);
-    VLTaddfuncdest(env, cerr, &errors, collect);
-    lp = VLTcreateprob(env, &st, "sensit");
-  }
-  void TearDown() override {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
-  }
+  Sensit() : session("sensit") {}
+  void SetUp() override { ASSERT_NE(env, nullptr); }
 
   struct rowspec {
     std::vector<std::pair<int, double>> a;
