@@ -1,5 +1,6 @@
-// An environment and one problem for a test, opened quiet, with the error
-// channel collected into `errors`; both closed at the end.
+// An environment and one problem for a test, opened quiet (no simplex
+// display), with the result, warning and error channels collected into
+// `results`, `warnings` and `errors`; both closed at the end.
 #pragma once
 
 #include <string>
@@ -11,7 +12,7 @@ namespace velto_test {
 struct session {
   VLTENVptr env = nullptr;
   VLTLPptr lp = nullptr;
-  std::string errors;
+  std::string results, warnings, errors;
 
   explicit session(const char *name = "test") {
     int st = 0;
@@ -20,6 +21,8 @@ struct session {
     VLTsetintparam(env, VLT_PARAM_SIMDISPLAY, 0);
     VLTCHANNELptr cres = nullptr, cwarn = nullptr, cerr = nullptr, clog = nullptr;
     VLTgetchannels(env, &cres, &cwarn, &cerr, &clog);
+    VLTaddfuncdest(env, cres, &results, collect);
+    VLTaddfuncdest(env, cwarn, &warnings, collect);
     VLTaddfuncdest(env, cerr, &errors, collect);
     lp = VLTcreateprob(env, &st, name);
   }

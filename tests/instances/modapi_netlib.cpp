@@ -12,24 +12,15 @@
 
 #include "common/lpcheck.h"
 #include "common/reference.h"
+#include "common/session.h"
 
 using namespace velto_test;
 
 namespace {
 
-struct session {
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  session() {
-    int st = 0;
-    env = VLTopenVELTO(&st);
-    VLTsetintparam(env, VLT_PARAM_PREIND, 0);
-    lp = VLTcreateprob(env, &st, "n");
-  }
-  ~session() {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
-  }
+// Presolve off: the tests look at the basis of the model as loaded.
+struct unpresolved : velto_test::session {
+  unpresolved() : velto_test::session("n") { VLTsetintparam(env, VLT_PARAM_PREIND, 0); }
 };
 
 // Loads the model of `from` without row `drop` into `to`, from the arrays
@@ -94,7 +85,7 @@ TEST(ModapiNetlib, DeletingANonbindingRowKeepsTheBasis) {
       continue;
     if (r.integer(0) > 3000) continue;  // the largest take minutes from scratch
     SCOPED_TRACE(r.name);
-    session s;
+    unpresolved s;
     // A model the readers refuse is the readers' test's business.
     if (VLTreadcopyprob(s.env, s.lp, modelpath("netlib", r.name).c_str(), nullptr) != 0) continue;
     ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
@@ -112,7 +103,7 @@ TEST(ModapiNetlib, DeletingANonbindingRowKeepsTheBasis) {
     if (drop < 0) continue;
     ++tried;
     // The reduced model from scratch.
-    session t;
+    unpresolved t;
     ASSERT_EQ(loadwithout(s.env, s.lp, t.env, t.lp, drop), 0);
     ASSERT_EQ(VLTdualopt(t.env, t.lp), 0);
     ASSERT_EQ(VLTgetstat(t.env, t.lp), 1);
@@ -142,7 +133,7 @@ TEST(ModapiNetlib, AddingAndDeletingACutComesBackToTheOptimum) {
   for (const auto &r : ref) {
     if (r.integer(0) > 1000) continue;
     SCOPED_TRACE(r.name);
-    session s;
+    unpresolved s;
     if (VLTreadcopyprob(s.env, s.lp, modelpath("netlib", r.name).c_str(), nullptr) != 0) continue;
     ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
     if (VLTgetstat(s.env, s.lp) != 1) continue;

@@ -12,24 +12,12 @@
 
 #include "common/getmodel.h"
 #include "common/reference.h"
+#include "common/session.h"
 
 using namespace velto_test;
 
 namespace {
 
-struct session {
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  session() {
-    int st = 0;
-    env = VLTopenVELTO(&st);
-    lp = VLTcreateprob(env, &st, "s");
-  }
-  ~session() {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
-  }
-};
 
 std::string tempname(const std::string &name) {
   return "/tmp/velto_sav_" + std::to_string(getpid()) + "_" + name + ".sav";

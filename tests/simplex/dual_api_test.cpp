@@ -5,31 +5,14 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "common/session.h"
 #include "simplex/dual_apicheck.h"
 
 using namespace dualtest;
 
 namespace {
 
-struct session {
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  std::string warnings;
-  session() {
-    int st = 0;
-    env = VLTopenVELTO(&st);
-    VLTCHANNELptr res, warn, err, log;
-    VLTgetchannels(env, &res, &warn, &err, &log);
-    VLTaddfuncdest(env, warn, this, [](void *h, const char *t) {
-      static_cast<session *>(h)->warnings += t;
-    });
-    lp = VLTcreateprob(env, &st, "t");
-  }
-  ~session() {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
-  }
-};
+using velto_test::session;
 
 // max 3x + 5y s.t. x <= 4, 2y <= 12, 3x + 2y <= 18; optimum 36 at (2, 6)
 // with duals (0, 1.5, 1).

@@ -9,27 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "common/session.h"
 #include "velto.h"
 
 namespace {
 
-struct session {
-  VLTENVptr env = nullptr;
-  VLTLPptr lp = nullptr;
-  std::string log;
-  session() {
-    int st = 0;
-    env = VLTopenVELTO(&st);
-    VLTCHANNELptr res, warn, err, lg;
-    VLTgetchannels(env, &res, &warn, &err, &lg);
-    VLTaddfuncdest(env, res, this, [](void *h, const char *t) { static_cast<session *>(h)->log += t; });
-    VLTsetintparam(env, VLT_PARAM_PREIND, 0);
-    lp = VLTcreateprob(env, &st, "log");
-  }
-  ~session() {
-    VLTfreeprob(env, &lp);
-    VLTcloseVELTO(&env);
-  }
+// Collects the result channel; presolve off so that the log is the dual's own.
+struct session : velto_test::session {
+  session() : velto_test::session("log") { VLTsetintparam(env, VLT_PARAM_PREIND, 0); }
 };
 
 // min 2x + 3y  s.t.  r1: x + y >= 4,  r2: x + 3y >= 6,  x, y >= 0.
@@ -63,7 +50,7 @@ TEST(DualLog, DisplayTwoWritesOneLinePerIteration) {
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 2), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
-  EXPECT_EQ(s.log,
+  EXPECT_EQ(s.results,
             "\nIteration      Dual Objective            In Variable           Out Variable\n"
             "     1               6.000000                      y               r2 slack\n"
             "     2               9.000000                      x               r1 slack\n");
@@ -77,16 +64,16 @@ TEST(DualLog, DisplayOneWritesALinePerRefactorization) {
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_REINV, 1), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
-  EXPECT_EQ(s.log,
+  EXPECT_EQ(s.results,
             "\nIteration log . . .\n"
             "Iteration:     1   Dual objective     =             6.000000\n"
             "Iteration:     2   Dual objective     =             9.000000\n");
   // Without refactorizations only the heading is written.
-  s.log.clear();
+  s.results.clear();
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_REINV, 0), 0);
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_ADVIND, 0), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
-  EXPECT_EQ(s.log, "\nIteration log . . .\n");
+  EXPECT_EQ(s.results, "\nIteration log . . .\n");
 }
 
 TEST(DualLog, DisplayZeroIsSilent) {
@@ -95,7 +82,7 @@ TEST(DualLog, DisplayZeroIsSilent) {
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 0), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
-  EXPECT_EQ(s.log, "");
+  EXPECT_EQ(s.results, "");
 }
 
 // Exact steepest-edge norms are computed, and announced, only for a basis
@@ -113,7 +100,7 @@ TEST(DualLog, ExactNormsOfALoadedBasisAreAnnounced) {
     ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
     ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
     EXPECT_EQ(VLTgetitcnt(s.env, s.lp), 0);
-    EXPECT_EQ(s.log, dpri == 2 ? "Initializing dual steep norms . . .\n" : "");
+    EXPECT_EQ(s.results, dpri == 2 ? "Initializing dual steep norms . . .\n" : "");
   }
 }
 
@@ -134,7 +121,7 @@ TEST(DualLog, PhaseOneMarksAndArtificialTags) {
   ASSERT_EQ(VLTsetintparam(s.env, VLT_PARAM_SIMDISPLAY, 2), 0);
   ASSERT_EQ(VLTdualopt(s.env, s.lp), 0);
   ASSERT_EQ(VLTgetstat(s.env, s.lp), 1);
-  std::vector<std::string> ls = lines(s.log);
+  std::vector<std::string> ls = lines(s.results);
   ASSERT_GE(ls.size(), 3u);
   EXPECT_EQ(ls[0], "");
   EXPECT_EQ(ls[1], "Iteration      Dual Objective            In Variable           Out Variable");
@@ -192,11 +179,11 @@ TEST(DualCleanup, ReducedCostUnderToleranceWithLongMoveIsTakenIn) {
     ASSERT_EQ(VLTgetdj(s.env, s.lp, dj, 0, 1), 0);
     if (boxed) {
       // At its upper bound x may keep a negative reduced cost.
-      EXPECT_EQ(s.log,
+      EXPECT_EQ(s.results,
                 "\nIteration      Dual Objective            In Variable           Out Variable\n"
                 "     1              -0.005000                      x    goes to upper bound\n");
     } else {
-      EXPECT_EQ(s.log,
+      EXPECT_EQ(s.results,
                 "\nIteration      Dual Objective            In Variable           Out Variable\n"
                 "     1              -0.005000                      x               r1 slack\n");
       EXPECT_NEAR(dj[0], 0.0, 1e-15);
