@@ -208,24 +208,29 @@ bool subsume(cliquetable &t, std::vector<double> &lb, std::vector<double> &ub, l
              long long *work) {
   bool deleted = false;
   const int nc = static_cast<int>(t.cliques.size());
-  std::vector<int> cnt(nc, 0), touched;
+  std::vector<int> stamp(t.lists.size(), -1);
   for (int c = 0; c < nc && *work < budget; ++c) {
     const std::vector<int> &q = t.cliques[c];
     if (q.empty()) continue;
-    touched.clear();
+    // A clique that holds all of q holds its literal of the fewest cliques.
+    const std::vector<int> *few = nullptr;
     for (int l : q) {
       const std::vector<int> *h = t.holding(l);
-      if (h == nullptr) continue;
-      *work += static_cast<long long>(h->size());
-      for (int d : *h) {
-        if (d == c || t.cliques[d].empty()) continue;
-        if (cnt[d]++ == 0) touched.push_back(d);
-      }
+      if (h != nullptr && (few == nullptr || h->size() < few->size())) few = h;
+      stamp[cliquetable::slot(l)] = c;
     }
+    if (few == nullptr) continue;
     int by = -1;
-    for (int d : touched) {
-      if (by < 0 && cnt[d] == static_cast<int>(q.size()) && t.cliques[d].size() >= q.size()) by = d;
-      cnt[d] = 0;
+    for (int d : *few) {
+      const std::vector<int> &o = t.cliques[d];
+      if (d == c || o.size() < q.size()) continue;
+      *work += static_cast<long long>(o.size());
+      size_t hit = 0;
+      for (int l : o) hit += stamp[cliquetable::slot(l)] == c;
+      if (hit == q.size()) {
+        by = d;
+        break;
+      }
     }
     if (by < 0) continue;
     deleted = true;
@@ -234,7 +239,7 @@ bool subsume(cliquetable &t, std::vector<double> &lb, std::vector<double> &ub, l
       continue;
     }
     for (int l : t.cliques[by])
-      if (std::find(q.begin(), q.end(), l) == q.end()) litfalse(lb, ub, l);
+      if (stamp[cliquetable::slot(l)] != c) litfalse(lb, ub, l);
     t.cliques[by].clear();
   }
   return deleted;
@@ -347,6 +352,7 @@ bool cliquemerge(cliquetable &t, std::vector<double> &lb, std::vector<double> &u
               if (o != l) assume(o, 2);
           }
         } else {
+          *work += static_cast<long long>(t.lists[s].size());
           for (int c : t.lists[s]) {
             if (falsecnt[c]++ == 0) touchedcl.push_back(c);
             const int size = static_cast<int>(t.cliques[c].size());
