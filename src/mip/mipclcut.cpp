@@ -11,20 +11,23 @@ namespace {
 
 double litvalue(const double *x, int l) { return l >= 0 ? x[l] : 1.0 - x[~l]; }
 
-// Offers sum(plain) - sum(complemented) <= 1 - #complemented, once per
-// round (list sorted).
-int offer(cutwork &cw, const std::vector<int> &list, std::vector<int> &ind,
-          std::vector<double> &val, std::set<std::vector<int>> &offered, bool *isnew) {
-  *isnew = offered.insert(list).second;
-  if (!*isnew) return 0;
-  ind.clear();
-  val.clear();
+// Extends the clique in `list` to a maximal one and offers
+// sum(plain) - sum(complemented) <= 1 - #complemented, once per round.
+int offer(cutwork &cw, cliquemarker &mk, std::vector<int> &list, std::set<std::vector<int>> &offered,
+          int *count) {
+  std::sort(list.begin(), list.end());
+  extendlist(cw.cliques, mk, list, static_cast<int>(list.size()), nullptr, nullptr);
+  std::sort(list.begin(), list.end());
+  if (!offered.insert(list).second) return 0;
+  std::vector<int> ind;
+  std::vector<double> val;
   int ncompl = 0;
   for (int l : list) {
     ind.push_back(l >= 0 ? l : ~l);
     val.push_back(l >= 0 ? 1.0 : -1.0);
     ncompl += l < 0;
   }
+  ++*count;
   return cutsetpush(cw.pool, 0, kCutClique, static_cast<int>(ind.size()), ind.data(), val.data(),
                     'L', 1.0 - ncompl);
 }
@@ -36,9 +39,7 @@ int cliqueround(cutwork &cw, const double *x, int limit, int *count) {
   cliquetable &t = cw.cliques;
   if (limit <= 0 || t.cliques.empty()) return 0;
   cliquemarker mk;
-  std::vector<int> list, ind;
-  std::vector<double> val;
-  bool isnew = false;
+  std::vector<int> list;
   std::set<std::vector<int>> offered;
   const int nc = static_cast<int>(t.cliques.size());
   for (int c = 0; c < nc && *count < limit; ++c) {
@@ -49,12 +50,7 @@ int cliqueround(cutwork &cw, const double *x, int limit, int *count) {
     for (int l : q) v += litvalue(x, l);
     if (!(v > 0.1)) continue;
     list = q;
-    std::sort(list.begin(), list.end());
-    extendlist(t, mk, list, static_cast<int>(list.size()), nullptr, nullptr);
-    std::sort(list.begin(), list.end());
-    int st = offer(cw, list, ind, val, offered, &isnew);
-    if (st) return st;
-    if (isnew) ++*count;
+    if (int st = offer(cw, mk, list, offered, count)) return st;
   }
   for (int j = 0; j < t.ncols && *count < limit; ++j) {
     for (int pol = 0; pol < 2 && *count < limit; ++pol) {
@@ -66,12 +62,7 @@ int cliqueround(cutwork &cw, const double *x, int limit, int *count) {
       double v = -1.0;
       for (int l : list) v += litvalue(x, l);
       if (!(v > 0.1)) continue;
-      std::sort(list.begin(), list.end());
-      extendlist(t, mk, list, static_cast<int>(list.size()), nullptr, nullptr);
-      std::sort(list.begin(), list.end());
-      int st = offer(cw, list, ind, val, offered, &isnew);
-      if (st) return st;
-      if (isnew) ++*count;
+      if (int st = offer(cw, mk, list, offered, count)) return st;
     }
   }
   return 0;

@@ -344,6 +344,37 @@ TEST_F(CliqueTest, ProbingLevelsKeepTheOptimumOfRandomModels) {
   }
 }
 
+TEST_F(CliqueTest, CliqueCutJoinsPairsThatTheRowsGiveOneByOne) {
+  // x0+x1 <= 1, x0+x2 <= 1, x1+x2 <= 1 hold at (1/2, 1/2, 1/2); the clique
+  // x0 + x1 + x2 <= 1 does not.  x3 is in no clique.
+  std::vector<std::vector<double>> a = {{1, 1, 0, 0}, {1, 0, 1, 0}, {0, 1, 1, 0}};
+  load(binaries(4, a, "LLL", {1, 1, 1}));
+  cutwork cw;
+  cw.cm = cm;
+  cliquesfromrows(cw.cm, glb.data(), gub.data(), 1000000, cw.cliques);
+  cutsetinit(cw.pool, 3, 1, 1);
+  const double x[4] = {0.5, 0.5, 0.5, 1.0};
+  int count = 0;
+  ASSERT_EQ(cliqueround(cw, x, 10, &count), 0);
+  ASSERT_EQ(count, 1);
+  const cutstore &f = cw.pool.fresh[0];
+  ASSERT_EQ(f.count(), 1);
+  const cutrec &c = f.recs[0];
+  EXPECT_EQ(c.type, kCutClique);
+  EXPECT_EQ(c.sense, 'L');
+  EXPECT_EQ(c.rhs, 1.0);
+  ASSERT_EQ(c.nnz, 3);
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(f.indof(0)[k], k);
+    EXPECT_EQ(f.valof(0)[k], 1.0);
+  }
+  // A point that the clique holds at gives nothing.
+  const double y[4] = {0.5, 0.5, 0.0, 1.0};
+  cutsetinit(cw.pool, 3, 1, 1);
+  ASSERT_EQ(cliqueround(cw, y, 10, &count), 0);
+  EXPECT_EQ(count, 0);
+}
+
 TEST_F(CliqueTest, ImpliedBoundCutHoldsAtEveryPointAndCutsTheFractionalOne) {
   // x - 4y <= 2 with x on [0, 3], y binary: y = 0 gives x <= 2, and the cut
   // x <= 2 + y is tighter than the row where y is fractional.
