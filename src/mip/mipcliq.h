@@ -110,7 +110,7 @@ int rootimplications(miprun &r);
 
 // Clique cuts at x into the pool; *count gets how many were new.
 int cliqueround(cutwork &cw, const double *x, int limit, int *count);
-// Implied-bound cuts at x (bounds lb/ub of the point's problem).
+// Implied-bound cuts at x, written with the global bounds lb/ub.
 int implround(cutwork &cw, const double *x, const double *lb, const double *ub, int limit,
               int *count);
 

@@ -133,7 +133,8 @@ int cutround(miprun &r, cutwork &cw, const cutpoint &pt, int mask, int limit, in
   }
   if ((mask & kMaskImplBd) && budget > 0) {
     int cnt = 0;
-    int st = implround(cw, pt.x.data(), pt.lb.data(), pt.ub.data(), lim(), &cnt);
+    // global bounds: the cut goes to the pool of the whole search
+    int st = implround(cw, pt.x.data(), r.bb->ns.glb.data(), r.bb->ns.gub.data(), lim(), &cnt);
     if (st) return st;
     counters[kCutImplBd] += cnt;
     budget -= cnt;

@@ -375,6 +375,58 @@ TEST_F(CliqueTest, CliqueCutJoinsPairsThatTheRowsGiveOneByOne) {
   EXPECT_EQ(count, 0);
 }
 
+TEST_F(CliqueTest, CutsAndProbingKeepEveryIntegerPointOfMixedModels) {
+  // Integers on [0, 3] switched by binaries (z - 3y <= 1: y = 0 gives
+  // z <= 1) under random rows; every cut and fixing must hold at every
+  // integer point of the model.
+  std::mt19937 gen(5);
+  std::uniform_int_distribution<int> coef(-3, 4), pick(0, 9), cost(-9, 9);
+  for (int trial = 0; trial < 10; ++trial) {
+    const int n = 9;  // y0..y5 binary, z6..z8 integer
+    dense d;
+    d.c.resize(n);
+    for (int j = 0; j < n; ++j) d.c[j] = cost(gen);
+    d.lb.assign(n, 0.0);
+    d.ub = {1, 1, 1, 1, 1, 1, 3, 3, 3};
+    d.ctype = "BBBBBBIII";
+    for (int k = 0; k < 3; ++k) {
+      std::vector<double> row(n, 0.0);
+      row[6 + k] = 1, row[k] = -3;
+      d.a.push_back(row), d.sense.push_back('L'), d.rhs.push_back(1);
+    }
+    for (int i = 0; i < 3; ++i) {
+      std::vector<double> row(n, 0.0);
+      double pos = 0;
+      for (int j = 0; j < n; ++j)
+        if (pick(gen) < 5) row[j] = coef(gen), pos += std::max(0.0, row[j]) * d.ub[j];
+      d.a.push_back(row), d.sense.push_back('L'), d.rhs.push_back(std::floor(pos * 0.4));
+    }
+    MipTest::TearDown();
+    MipTest::SetUp();
+    load(d);
+    pointwatch w;
+    w.pts = points();
+    if (w.pts.empty()) continue;
+    VLTsetintparam(env, VLT_PARAM_PROBE, 3);
+    VLTsetintparam(env, VLT_PARAM_IMPLBD, 2);
+    VLTsetintparam(env, VLT_PARAM_CLIQUES, 2);
+    cutwatch.seen = seenpoint;
+    cutwatch.ctx = &w;
+    ASSERT_EQ(VLTmipopt(env, lp), 0);
+    cutwatch = cutwatcher();
+    EXPECT_EQ(w.bad, 0) << "trial " << trial;
+    double best = 1e75;
+    for (auto &x : w.pts) {
+      double z = 0;
+      for (int j = 0; j < n; ++j) z += d.c[j] * x[j];
+      best = std::min(best, z);
+    }
+    double obj = 0;
+    ASSERT_EQ(VLTgetmipobjval(env, lp, &obj), 0);
+    EXPECT_NEAR(obj, best, 1e-9) << "trial " << trial;
+  }
+}
+
 TEST_F(CliqueTest, ImpliedBoundCutHoldsAtEveryPointAndCutsTheFractionalOne) {
   // x - 4y <= 2 with x on [0, 3], y binary: y = 0 gives x <= 2, and the cut
   // x <= 2 + y is tighter than the row where y is fractional.
