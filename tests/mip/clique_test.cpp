@@ -79,6 +79,18 @@ class CliqueTest : public MipTest {
         EXPECT_LE(x[j], ub[j] + 1e-9) << "column " << j;
       }
   }
+  // The integer optimum that VLTmipopt reports is the best of the points.
+  void expect_optimum(const std::vector<std::vector<double>> &pts, const std::string &what) {
+    double best = 1e75;
+    for (auto &x : pts) {
+      double z = 0;
+      for (size_t j = 0; j < x.size(); ++j) z += model.c[j] * x[j];
+      best = std::min(best, z);
+    }
+    double obj = 0;
+    ASSERT_EQ(VLTgetmipobjval(env, lp, &obj), 0) << what;
+    EXPECT_NEAR(obj, best, 1e-9) << what;
+  }
   dense model;
   rowcopy rc;
   cutmodel cm;
@@ -286,15 +298,7 @@ TEST_F(CliqueTest, ProbingFixesWhatEnumerationProvesAndKeepsTheOptimum) {
   // The rows give the cliques {x0,x1}, {x0,x2}, {~x1,~x2} (the last row
   // none: 1 + 1 <= 2); with x0 fixed only {~x1,~x2} is left.
   EXPECT_NE(res.find("Clique table members: 2\n"), std::string::npos) << res;
-  double best = 1e75;
-  for (auto &x : w.pts) {
-    double z = 0;
-    for (int j = 0; j < 4; ++j) z += d.c[j] * x[j];
-    best = std::min(best, z);
-  }
-  double obj = 0;
-  ASSERT_EQ(VLTgetmipobjval(env, lp, &obj), 0);
-  EXPECT_NEAR(obj, best, 1e-9);
+  expect_optimum(w.pts, "hand model");
 }
 
 TEST_F(CliqueTest, ProbingLevelsKeepTheOptimumOfRandomModels) {
@@ -331,15 +335,7 @@ TEST_F(CliqueTest, ProbingLevelsKeepTheOptimumOfRandomModels) {
       ASSERT_EQ(VLTmipopt(env, lp), 0);
       cutwatch = cutwatcher();
       EXPECT_EQ(w.bad, 0) << "trial " << trial << " level " << level;
-      double best = 1e75;
-      for (auto &x : w.pts) {
-        double z = 0;
-        for (int j = 0; j < n; ++j) z += d.c[j] * x[j];
-        best = std::min(best, z);
-      }
-      double obj = 0;
-      ASSERT_EQ(VLTgetmipobjval(env, lp, &obj), 0);
-      EXPECT_NEAR(obj, best, 1e-9) << "trial " << trial << " level " << level;
+      expect_optimum(w.pts, "trial " + std::to_string(trial) + " level " + std::to_string(level));
     }
   }
 }
@@ -415,15 +411,7 @@ TEST_F(CliqueTest, CutsAndProbingKeepEveryIntegerPointOfMixedModels) {
     ASSERT_EQ(VLTmipopt(env, lp), 0);
     cutwatch = cutwatcher();
     EXPECT_EQ(w.bad, 0) << "trial " << trial;
-    double best = 1e75;
-    for (auto &x : w.pts) {
-      double z = 0;
-      for (int j = 0; j < n; ++j) z += d.c[j] * x[j];
-      best = std::min(best, z);
-    }
-    double obj = 0;
-    ASSERT_EQ(VLTgetmipobjval(env, lp, &obj), 0);
-    EXPECT_NEAR(obj, best, 1e-9) << "trial " << trial;
+    expect_optimum(w.pts, "trial " + std::to_string(trial));
   }
 }
 
