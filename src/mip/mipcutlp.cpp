@@ -7,7 +7,7 @@
 
 #include "env/files.h"
 #include "env/par.h"
-#include "mip/mipcuts.h"
+#include "mip/mipcliq.h"
 #include "model/store.h"
 
 namespace velto {
@@ -18,7 +18,8 @@ namespace {
 
 // Mask bits of the dispatcher.
 enum : int {
-  kMaskCover = 0x1, kMaskGub = 0x2, kMaskLocal = 0x200, kMaskLazy = 0x800, kMaskPurged = 0x1000
+  kMaskCover = 0x1, kMaskGub = 0x2, kMaskClique = 0x8, kMaskImplBd = 0x100, kMaskLocal = 0x200,
+  kMaskLazy = 0x800, kMaskPurged = 0x1000
 };
 
 // The node problem's solution and verdict after a solve.
@@ -123,6 +124,21 @@ int cutround(miprun &r, cutwork &cw, const cutpoint &pt, int mask, int limit, in
     counters[kCutLocalCover] += cnt[1];
     budget -= cnt[0] + cnt[1];
   }
+  if ((mask & kMaskClique) && budget > 0) {
+    int cnt = 0;
+    int st = cliqueround(cw, pt.x.data(), lim(), &cnt);
+    if (st) return st;
+    counters[kCutClique] += cnt;
+    budget -= cnt;
+  }
+  if ((mask & kMaskImplBd) && budget > 0) {
+    int cnt = 0;
+    // global bounds: the cut goes to the pool of the whole search
+    int st = implround(cw, pt.x.data(), r.bb->ns.glb.data(), r.bb->ns.gub.data(), lim(), &cnt);
+    if (st) return st;
+    counters[kCutImplBd] += cnt;
+    budget -= cnt;
+  }
   if ((mask & kMaskLazy) && budget > 0) {
     int cnt = 0;
     int st = cutseparate(cw.lazypool, pt.x.data(), 0.1, lim(), cw.pool, 0, &cnt);
@@ -206,22 +222,23 @@ int rootrcfix(miprun &r, double obj) {
 // The cut state of a run, made at the first root.
 int cutsetup(miprun &r) {
   mipwork *w = r.w;
-  if (w->cuts != nullptr) return 0;
-  auto *cw = new cutwork();
-  w->cuts = cw;
+  if (w->cuts != nullptr && w->cuts->scanned) return 0;
+  if (w->cuts == nullptr) w->cuts = new cutwork();
+  cutwork *cw = w->cuts;
+  cw->scanned = true;
   env *e = r.e;
   takeclasses(e, *cw);
   cw->baserows = numrows(r);
   cw->maxcuts = static_cast<int>(std::llround(cw->baserows * e->mipparams->cutsfactor));
   cutsetinit(cw->pool, cw->baserows, 1, 1);
   cutsetinit(cw->localpool, cw->baserows, 0, 1);
-  cutmodelbuild(r.p, w->rc, cw->cm);
+  if (!cw->cliques.built) cutmodelbuild(r.p, w->rc, cw->cm);
   const double *glb = r.bb->ns.glb.data(), *gub = r.bb->ns.gub.data();
   if (cw->cls[kClsCover] >= 0 || cw->cls[kClsLocalCover] >= 0) {
     if (coverscan(*cw, glb, gub) == 0) cw->cls[kClsCover] = cw->cls[kClsLocalCover] = -1;
   }
   if (cw->cls[kClsGub] >= 0) {
-    cliquesfromrows(cw->cm, glb, gub, cw->cliques);
+    if (!cw->cliques.built) cliquesfromrows(cw->cm, glb, gub, 1000LL * std::max(r.n, 1), cw->cliques);
     if (gubscan(*cw, glb, gub) == 0) cw->cls[kClsGub] = -1;
   }
   return 0;
@@ -292,6 +309,8 @@ int rootcutloop(miprun &r, bbnode *root) {
   int mask = 0;
   if (cw.cls[kClsGub] >= 0) mask |= kMaskGub;
   if (cw.cls[kClsCover] >= 0) mask |= kMaskCover;
+  if (cw.cls[kClsClique] >= 0) mask |= kMaskClique;
+  if (cw.cls[kClsImplBd] >= 0) mask |= kMaskImplBd;
   if (cw.purgepool.count() > 0) mask |= kMaskPurged;
   if (cw.lazypool.count() > 0) mask |= kMaskLazy;
   const int maxpass = mp->cutpass != 0 ? mp->cutpass : (ctl.emphasis == 1 ? 3 : 2100000000);
@@ -374,13 +393,15 @@ int rootcutloop(miprun &r, bbnode *root) {
   struct {
     int cls, type, par;
   } fam[] = {{kClsGub, kCutGub, mp->gubcovers},     {kClsCover, kCutCover, mp->covers},
-             {kClsLocalCover, kCutLocalCover, mp->localcovers}};
+             {kClsLocalCover, kCutLocalCover, mp->localcovers},
+             {kClsClique, kCutClique, mp->cliques},   {kClsImplBd, kCutImplBd, mp->implbd}};
   for (auto &f : fam)
     if (cw.pool.typecount[f.type] == 0 && f.par == 0) cw.cls[f.cls] = -1;
   for (auto &f : fam)
     if (f.par == 1) cw.cls[f.cls] = -1;
   for (int k = 0; k < kCutTypes; ++k) cw.applied[k] = cw.pool.typecount[k];
   w->coverapplied = cw.applied[kCutCover];
+  w->cliqueapplied = cw.applied[kCutClique];
   return 0;
 }
 
@@ -398,6 +419,8 @@ int nodecutloop(miprun &r, bbnode *node) {
   int mask = 0;
   if (cw.cls[kClsGub] > 1) mask |= kMaskGub;
   if (!(cw.cls[kClsCover] < 0 && cw.cls[kClsLocalCover] <= 1)) mask |= kMaskCover;
+  if (cw.cls[kClsClique] > 1) mask |= kMaskClique;
+  if (cw.cls[kClsImplBd] >= 0) mask |= kMaskImplBd;
   if (cw.purgepool.count() > 0) mask |= kMaskPurged;
   if (cw.lazypool.count() > 0) mask |= kMaskLazy;
   if (mask == 0) return 0;
@@ -480,6 +503,7 @@ int nodecutloop(miprun &r, bbnode *node) {
   }
   for (int k = 0; k < kCutTypes; ++k) cw.applied[k] = cw.pool.typecount[k];
   w->coverapplied = cw.applied[kCutCover];
+  w->cliqueapplied = cw.applied[kCutClique];
   if (code) return code;
   if (pt.verdict != 4) {
     // Nothing left to branch on at this node.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -120,15 +121,33 @@ int coverfind(const knapsack &k, const double *x, int *nnz, double *rhs, std::ve
               std::vector<double> &val);
 
 // Clique table: each clique a list of literals (column j, or ~j for its
-// complement) of which at most one is 1.
+// complement) of which at most one is 1.  Types: 0 a knapsack row at its
+// capacity, 1 an equality row (exactly one is 1), 2 other knapsack
+// cliques, 3 a pair found by probing, 4 grown by extension or merging.  An
+// empty clique is a deleted one until the next index.
 struct cliquetable {
   std::vector<std::vector<int>> cliques;
-  std::unordered_map<int, std::vector<int>> of;  // literal -> cliques holding it
-  int members = 0;
+  std::vector<int> ctype;
+  std::vector<std::vector<int>> lists;  // per literal slot: cliques holding it
+  int members = 0, ncols = 0;
+  bool built = false;
+  unsigned seed = 1;  // the shuffles of clique separation
+  static int slot(int lit) { return lit >= 0 ? 2 * lit : 2 * ~lit + 1; }
+  const std::vector<int> *holding(int lit) const {
+    size_t s = static_cast<size_t>(slot(lit));
+    return s < lists.size() && !lists[s].empty() ? &lists[s] : nullptr;
+  }
 };
-// The cliques that the knapsack rows imply (the heaviest items of a row
-// any two of which exceed its capacity).
-void cliquesfromrows(const cutmodel &cm, const double *lb, const double *ub, cliquetable &t);
+// The cliques of the rows (equality rows on binaries, then the cliques of
+// each knapsack form) while the member total is below `budget`.
+void cliquesfromrows(const cutmodel &cm, const double *lb, const double *ub, long long budget,
+                     cliquetable &t);
+// Adds a clique of the given type (with its lists).
+void cliqueadd(cliquetable &t, const std::vector<int> &lits, int type);
+// Drops decided members and deleted cliques, rebuilds the lists.
+void cliqueindex(cliquetable &t, const double *lb, const double *ub);
+
+struct impltab;
 // The GUB cover of a knapsack at x: 0 with nnz 0 when there is none.
 int gubfind(const knapsack &k, const cliquetable &t, const double *x, int *nnz, double *rhs,
             std::vector<int> &ind, std::vector<double> &val);
@@ -144,6 +163,7 @@ struct cutwork {
   cutstore purgepool, lazypool;
   std::vector<int> coverrows;  // bits 1, 2: knapsack as L / negated; 4, 8: with groups
   cliquetable cliques;
+  std::shared_ptr<impltab> impl;  // implications of rows and probing
   cutmodel cm;
   int localapplied = 0;        // local covers that went into a node problem
   int applied[kCutTypes] = {};

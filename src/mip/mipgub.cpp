@@ -1,6 +1,5 @@
 // GUB covers: lifted covers of a knapsack row whose items fall into clique
-// groups (at most one item of a group is 1), with the clique table that the
-// knapsack rows themselves imply.
+// groups (at most one item of a group is 1) of the clique table.
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -8,33 +7,6 @@
 #include "mip/mipcuts.h"
 
 namespace velto {
-
-void cliquesfromrows(const cutmodel &cm, const double *lb, const double *ub, cliquetable &t) {
-  t = cliquetable();
-  std::vector<double> work(std::max(cm.n, 1), 0.0);
-  knapsack k;
-  const long long limit = 1000LL * std::max(cm.n, 1);
-  for (int i = 0; i < cm.m; ++i) {
-    for (int neg = 0; neg < 2; ++neg) {
-      knapextract(cm, lb, ub, i, neg, 0, work, k);
-      if (k.n < 2) continue;
-      std::vector<int> ord(k.n);
-      std::iota(ord.begin(), ord.end(), 0);
-      std::stable_sort(ord.begin(), ord.end(), [&](int a, int b) { return k.w[a] > k.w[b]; });
-      // The heaviest items, any two of which pass the capacity.
-      int p = 0;
-      while (p + 1 < k.n && k.w[ord[p]] + k.w[ord[p + 1]] > k.cap + 1e-9) ++p;
-      if (p < 1) continue;
-      if (t.members + p + 1 > limit) return;
-      std::vector<int> c;
-      for (int q = 0; q <= p; ++q) c.push_back(k.compl_[ord[q]] ? ~k.col[ord[q]] : k.col[ord[q]]);
-      int id = static_cast<int>(t.cliques.size());
-      for (int l : c) t.of[l].push_back(id);
-      t.members += static_cast<int>(c.size());
-      t.cliques.push_back(std::move(c));
-    }
-  }
-}
 
 namespace {
 
@@ -54,9 +26,8 @@ std::vector<std::vector<int>> partition(const knapsack &k, const cliquetable &t,
   std::unordered_map<int, int> count;
   for (int i = 0; i < n; ++i)
     for (int lit : {k.col[i], ~k.col[i]}) {
-      auto it = t.of.find(lit);
-      if (it != t.of.end())
-        for (int c : it->second) ++count[c];
+      if (const std::vector<int> *h = t.holding(lit))
+        for (int c : *h) ++count[c];
     }
   std::vector<char> done(n, 0);
   pol.assign(n, 1);
@@ -76,9 +47,8 @@ std::vector<std::vector<int>> partition(const knapsack &k, const cliquetable &t,
       pol[i] = lit < 0 ? -1 : 1;
       g.push_back(i);
       for (int l2 : {col, ~col}) {
-        auto jt = t.of.find(l2);
-        if (jt != t.of.end())
-          for (int c : jt->second) --count[c];
+        if (const std::vector<int> *h = t.holding(l2))
+          for (int c : *h) --count[c];
       }
     }
     if (g.empty()) {

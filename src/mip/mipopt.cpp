@@ -10,7 +10,7 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "mip/mipbb.h"
-#include "mip/mipcuts.h"
+#include "mip/mipcliq.h"
 #include "mip/mipheur.h"
 #include "model/store.h"
 
@@ -219,6 +219,11 @@ int miproot(miprun &r, bool restart, bbnode **root) {
     } else {
       e->params->dpriind = 4;
     }
+  }
+  // The implication store, the clique table and probing.
+  if (!restart) {
+    int st = rootimplications(r);
+    if (st) return st;
   }
   if (ctl.display != 0) {
     const char *em = ctl.emphasis == 2   ? "MIP emphasis: optimality\n"

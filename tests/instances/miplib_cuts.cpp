@@ -164,10 +164,15 @@ TEST_P(MiplibCuts, NoCutRemovesTheKnownOptimum) {
   const char *cap = std::getenv("VELTO_MIP_SECONDS");
   VLTsetdblparam(env, VLT_PARAM_TILIM, cap ? std::atof(cap) : 60.0);
   VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 0);
-  // Every cover family at the root and at nodes, local covers too.
+  // Every cover family at the root and at nodes, local covers too; clique
+  // and implied-bound cuts everywhere, and the deepest probing, whose
+  // fixings come to the watcher as fixings.
   VLTsetintparam(env, VLT_PARAM_COVERS, 2);
   VLTsetintparam(env, VLT_PARAM_GUBCOVERS, 2);
   VLTsetintparam(env, VLT_PARAM_LOCALCOVERS, 2);
+  VLTsetintparam(env, VLT_PARAM_CLIQUES, 2);
+  VLTsetintparam(env, VLT_PARAM_IMPLBD, 2);
+  VLTsetintparam(env, VLT_PARAM_PROBE, 3);
   velto::cutwatch.seen = seen;
   velto::cutwatch.ctx = &w;
   int rc = VLTmipopt(env, lp);

@@ -301,7 +301,7 @@ TEST_F(CutsTest, GubCoversAreValidUnderTheirGroups) {
     SetUp();
     load(bm);
     cliquetable t;
-    cliquesfromrows(cm, glb.data(), gub.data(), t);
+    cliquesfromrows(cm, glb.data(), gub.data(), 1000000, t);
     std::vector<double> work(bm.n, 0.0);
     knapsack k;
     knapextract(cm, glb.data(), gub.data(), 0, 0, 1, work, k);
