@@ -114,6 +114,36 @@ class StrongTest : public MipTest {
     }
     EXPECT_GT(positive, 0) << "penalties all zero";
   }
+  // With few iterations a trial value lies between the parent's optimum and
+  // the child's: a value above the child's would let the search throw away
+  // a child that holds the optimum.
+  void shortsolvesbound(const std::string &name, bool flip = false) {
+    if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
+    std::vector<int> list = fracbasic();
+    ASSERT_FALSE(list.empty());
+    int cnt = static_cast<int>(list.size()), sense = VLTgetobjsen(env, lp);
+    double z = 0;
+    ASSERT_EQ(VLTgetobjval(env, lp, &z), 0);
+    std::vector<double> d(cnt), u(cnt);
+    for (int k = 0; k < cnt; ++k) {
+      d[k] = child(list[k], 'U', std::floor(x[list[k]]));
+      u[k] = child(list[k], 'L', std::floor(x[list[k]]) + 1);
+    }
+    int short_ = 0;
+    for (int itlim : {0, 1, 3, 10}) {
+      std::vector<double> dn(cnt), up(cnt);
+      ASSERT_EQ(VLTstrongbranch(env, lp, list.data(), cnt, dn.data(), up.data(), itlim), 0);
+      double tol = 1e-6 * (1 + std::fabs(z));
+      for (int k = 0; k < cnt; ++k) {
+        EXPECT_GE(dn[k] * sense, z * sense - tol) << name << " itlim " << itlim << " down " << list[k];
+        EXPECT_GE(up[k] * sense, z * sense - tol) << name << " itlim " << itlim << " up " << list[k];
+        EXPECT_LE(dn[k] * sense, d[k] * sense + tol) << name << " itlim " << itlim << " down " << list[k];
+        EXPECT_LE(up[k] * sense, u[k] * sense + tol) << name << " itlim " << itlim << " up " << list[k];
+        short_ += std::fabs(dn[k] - d[k]) > tol || std::fabs(up[k] - u[k]) > tol;
+      }
+    }
+    EXPECT_GT(short_, 0) << "no trial was cut short";
+  }
   int n = 0, m = 0;
   std::vector<char> ctype;
   std::vector<double> x;
@@ -122,6 +152,10 @@ class StrongTest : public MipTest {
 TEST_F(StrongTest, TrialValuesEqualChildOptimaP0201) { againstchildren("p0201"); }
 TEST_F(StrongTest, TrialValuesEqualChildOptimaMisc07) { againstchildren("misc07"); }
 TEST_F(StrongTest, TrialValuesEqualChildOptimaMaximized) { againstchildren("p0201", true); }
+TEST_F(StrongTest, IterationLimitedTrialsStayBelowTheChildOptimaMisc07) { shortsolvesbound("misc07"); }
+TEST_F(StrongTest, IterationLimitedTrialsStayBelowTheChildOptimaMaximized) {
+  shortsolvesbound("p0201", true);
+}
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostP0201) { penaltiesbound("p0201"); }
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMisc07) { penaltiesbound("misc07"); }
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMaximized) { penaltiesbound("p0201", true); }
