@@ -13,6 +13,28 @@
 namespace miptest {
 namespace {
 
+// The optimum of lp's child with the bound `lu` of column j at v, by a
+// cold solve of a clone; 1e75 x sense when the child is infeasible.
+double coldchild(VLTENVptr env, VLTLPptr lp, int j, char lu, double v) {
+  int status = 0;
+  VLTLPptr c = VLTcloneprob(env, lp, &status);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(VLTchgbds(env, c, 1, &j, &lu, &v), 0);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
+  EXPECT_EQ(VLTdualopt(env, c), 0);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
+  int st = VLTgetstat(env, c);
+  double z = 0;
+  if (st == 3) {
+    z = 1e75 * VLTgetobjsen(env, lp);
+  } else {
+    EXPECT_EQ(st, 1);
+    EXPECT_EQ(VLTgetobjval(env, c, &z), 0);
+  }
+  VLTfreeprob(env, &c);
+  return z;
+}
+
 class StrongTest : public MipTest {
  protected:
   // Reads a MIPLIB model, remembers its types and makes it an LP, solved.
@@ -50,26 +72,7 @@ class StrongTest : public MipTest {
     }
     return out;
   }
-  // The child's optimum by a cold solve of a clone, 1e75 x sense when
-  // infeasible.
-  double child(int j, char lu, double v) {
-    int status = 0;
-    VLTLPptr c = VLTcloneprob(env, lp, &status);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(VLTchgbds(env, c, 1, &j, &lu, &v), 0);
-    VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
-    EXPECT_EQ(VLTdualopt(env, c), 0);
-    VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
-    int st = VLTgetstat(env, c);
-    double z = 0;
-    if (st == 3) z = 1e75 * VLTgetobjsen(env, lp);
-    else {
-      EXPECT_EQ(st, 1);
-      EXPECT_EQ(VLTgetobjval(env, c, &z), 0);
-    }
-    VLTfreeprob(env, &c);
-    return z;
-  }
+  double child(int j, char lu, double v) { return coldchild(env, lp, j, lu, v); }
   // Trial values equal the children's optima; basis and x unchanged.
   void againstchildren(const std::string &name, bool flip = false) {
     if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
@@ -236,21 +239,7 @@ class BranchFix : public MipTest {
     ASSERT_EQ(VLTdualopt(env, lp), 0);
     ASSERT_EQ(VLTgetstat(env, lp), 1);
   }
-  // The child's LP optimum by a cold solve of a clone (1e75 infeasible).
-  double child(int j, char lu, double v) {
-    int status = 0;
-    VLTLPptr c = VLTcloneprob(env, lp, &status);
-    EXPECT_EQ(VLTchgbds(env, c, 1, &j, &lu, &v), 0);
-    VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
-    EXPECT_EQ(VLTdualopt(env, c), 0);
-    VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
-    double z = 1e75;
-    if (VLTgetstat(env, c) != 3) {
-      EXPECT_EQ(VLTgetobjval(env, c, &z), 0);
-    }
-    VLTfreeprob(env, &c);
-    return z;
-  }
+  double child(int j, char lu, double v) { return coldchild(env, lp, j, lu, v); }
   // Runs the branch choice with rule `varsel` and the cutoff given.
   void choose(int varsel, double cutoff, const char *ctype) {
     x.assign(2, 0), lo.assign(2, 0), hi.assign(2, 0);
