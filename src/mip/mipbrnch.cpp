@@ -8,6 +8,7 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "mip/mipbb.h"
+#include "mip/mipcuts.h"
 #include "mip/mipstrong.h"
 #include "model/store.h"
 
@@ -175,22 +176,25 @@ double pressure(const branchctx &c, int j, double f) {
   return score(D * f, U * (1.0 - f));
 }
 
-// Trial solves and one-pivot penalties stay out of the tree search for now:
-// with them on, the varsel 3 fixing step loses the optimum of a small
-// maximization model (bb_test's enumerated models), and searches that the
-// root now settles break the node-count assumptions of the limit tests.
-// Both routines are exact on their own (tests/mip/strong_test.cpp); the
-// search takes them once the fixing step is put right.
-constexpr bool kTreeStrong = false;
-
 // Penalties of the candidates from Driebeek's one-pivot bound.
 void driebeek(const branchctx &c, int count) {
   mipctl &ctl = *c.ctl;
   if (count <= 0) return;
-  if (!kTreeStrong || branchpen(c.e, c.q, ctl.fraccol.data(), count, ctl.epint, ctl.downpen.data(),
+  if (branchpen(c.e, c.q, ctl.fraccol.data(), count, ctl.epint, ctl.downpen.data(),
                 ctl.uppen.data()) != 0) {
     std::fill(ctl.downpen.begin(), ctl.downpen.begin() + count, 0.0);
     std::fill(ctl.uppen.begin(), ctl.uppen.begin() + count, 0.0);
+  }
+}
+
+// One fixing of the node's children: column j at most (U) or at least (L)
+// v, resting on the cutoff Z; the watcher sees it as a cut local to the node.
+void fixside(const branchctx &c, bdchglist *fixes, int j, char lu, double v, double Z) {
+  fixes->add(j, lu, v);
+  if (cutwatch.seen) {
+    double one = 1.0;
+    const double *lb = c.lb ? c.lb->data() : nullptr, *ub = c.ub ? c.ub->data() : nullptr;
+    cutwatch.seen(cutwatch.ctx, 1, &j, &one, lu == 'U' ? 'L' : 'G', v, lb, ub, Z);
   }
 }
 
@@ -207,16 +211,13 @@ int boundfix(branchctx &c, const std::vector<double> &dnv, const std::vector<dou
     int j = ctl.fraccol[k];
     double x = ctl.fracx[k];
     bool uphit = upv[t] >= Z, dnhit = dnv[t] >= Z;
-    if (uphit) {
-      double v = std::floor(x + ctl.epint);
-      fixes->add(j, 'U', v);
-      raise = std::max(raise, upv[t]);
-    }
-    if (dnhit) {
-      double v = std::ceil(x - ctl.epint);
-      fixes->add(j, 'L', v);
-      raise = std::max(raise, dnv[t]);
-    }
+    // The node keeps the side that did not hit: its value bounds the node.
+    // Both hit: nothing better than the cutoff lies below this node.
+    if (uphit) fixside(c, fixes, j, 'U', std::floor(x + ctl.epint), Z);
+    if (dnhit) fixside(c, fixes, j, 'L', std::ceil(x - ctl.epint), Z);
+    if (uphit && dnhit) raise = std::max(raise, std::min(upv[t], dnv[t]));
+    else if (uphit) raise = std::max(raise, dnv[t]);
+    else if (dnhit) raise = std::max(raise, upv[t]);
     if ((uphit || dnhit) && hit < 0) hit = k, *dir = upv[t] < Z ? 'U' : 'D';
     if (uphit && dnhit) {
       hit = k, *dir = 'D';
@@ -233,7 +234,6 @@ int strongvalues(branchctx &c, const std::vector<int> &cols, int itlim, int thre
                  std::vector<double> &dn, std::vector<double> &up, std::vector<int> *dstat,
                  std::vector<int> *ustat) {
   mipctl &ctl = *c.ctl;
-  if (!kTreeStrong) return 1252;
   int cnt = static_cast<int>(cols.size());
   dn.assign(cnt, 0.0);
   up.assign(cnt, 0.0);
@@ -268,7 +268,7 @@ int pseudoinit(branchctx &c, int *chosen, bdchglist *fixes, char *dirout) {
     int rc = 0;
     if (ctl.strongitlim == 1) {
       std::vector<double> pd(list.size()), pu(list.size());
-      rc = !kTreeStrong ? 1252 : branchpen(c.e, c.q, list.data(), static_cast<int>(list.size()), ctl.epint, pd.data(),
+      rc = branchpen(c.e, c.q, list.data(), static_cast<int>(list.size()), ctl.epint, pd.data(),
                      pu.data());
       dn.resize(list.size()), up.resize(list.size());
       for (size_t t = 0; t < list.size(); ++t)

@@ -68,21 +68,27 @@ int fraccount(env *e, lp *q, int n, const char *ctype, double epint) {
 }
 
 // One side: the bound `lu` of column j at v, a dual re-solve, the bound
-// back.  *value gets the objective reached (model sense).
+// back.  *value gets the objective reached (model sense): a bound on the
+// child's optimum, never above it.  z0 is the parent's optimum.
 int side(env *e, lp *q, int j, char lu, double v, double old, int sense, double limit,
-         const char *ctype, double epint, double *value, int *stat) {
+         double z0, const char *ctype, double epint, double *value, int *stat) {
   int rc = VLTchgbds(e, q, 1, &j, &lu, &v);
   if (rc) return rc;
   rc = VLTdualopt(e, q);
   int st = rc ? 0 : VLTgetstat(e, q);
   double z = 0.0;
   bool hasz = rc == 0 && VLTgetobjval(e, q, &z) == 0;
+  int method = 0, type = 0, pfeas = 0, dfeas = 0;
+  if (rc == 0) VLTsolninfo(e, q, &method, &type, &pfeas, &dfeas);
   if (stat) *stat = -1;
   if (rc == 0) {
     if (st == 3) *value = 1e75 * sense;
     else if (st == 12) *value = hasz && z * sense > limit * sense ? z : limit;
-    else if (hasz) *value = z;
-    else *value = limit;
+    // Stopped short: the objective of a dual feasible basis bounds the
+    // child; any other point says nothing beyond the parent's value.
+    else if (st == 1 || st == 5 || (hasz && dfeas == 1))
+      *value = hasz && z * sense > z0 * sense ? z : z0;
+    else *value = z0;
     if ((st == 1 || st == 5) && stat && ctype) *stat = fraccount(e, q, VLTgetnumcols(e, q), ctype, epint);
   }
   int back = VLTchgbds(e, q, 1, &j, &lu, &old);
@@ -103,6 +109,8 @@ int strongkernel(env *e, lp *q, const int *list, int count, double *down, double
   int n = VLTgetnumcols(e, q), m = VLTgetnumrows(e, q);
   int sense = VLTgetobjsen(e, q) < 0 ? -1 : 1;
   double start = now(e), tilim = e->params->tilim;
+  double z0 = 0.0;
+  if (VLTgetobjval(e, q, &z0)) return 1252;
   savedpars keep(e);
   e->params->p1017 = 0;
   e->params->simdisplay = 0;
@@ -111,9 +119,7 @@ int strongkernel(env *e, lp *q, const int *list, int count, double *down, double
   // any objective of this LP keeps the solves honest.
   double limit = cutoff;
   if (!(std::fabs(cutoff) < 1e74)) {
-    double z = 0.0;
-    VLTgetobjval(e, q, &z);
-    double p = std::pow(10.0, std::ceil(std::log10(std::fabs(z) + 1.0)));
+    double p = std::pow(10.0, std::ceil(std::log10(std::fabs(z0) + 1.0)));
     limit = 100000.0 * sense * p;
   }
   limit += 1e-10 * std::fabs(limit) * sense;
@@ -147,11 +153,11 @@ int strongkernel(env *e, lp *q, const int *list, int count, double *down, double
     double dv = std::max(std::min(v0, ub[j]), lb[j]);
     double uv = std::min(std::max(v0 + 1.0, lb[j]), ub[j]);
     e->params->itlim = std::max(itlim, 0);
-    rc = side(e, q, j, 'U', dv, ub[j], sense, limit, ctype, epint, &down[k], downstat ? &downstat[k] : nullptr);
+    rc = side(e, q, j, 'U', dv, ub[j], sense, limit, z0, ctype, epint, &down[k], downstat ? &downstat[k] : nullptr);
     int r2 = saved.restore(e, q);
     if (rc == 0) rc = r2;
     if (rc) break;
-    rc = side(e, q, j, 'L', uv, lb[j], sense, limit, ctype, epint, &up[k], upstat ? &upstat[k] : nullptr);
+    rc = side(e, q, j, 'L', uv, lb[j], sense, limit, z0, ctype, epint, &up[k], upstat ? &upstat[k] : nullptr);
     r2 = saved.restore(e, q);
     if (rc == 0) rc = r2;
     if (rc == 0 && now(e) - start > tilim) rc = 1266;

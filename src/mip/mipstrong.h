@@ -16,8 +16,10 @@ namespace velto {
 // `itlim` iterations and an objective limit at `cutoff` (model sense; an
 // infinite value means none).  down[k] and up[k] get the objective reached
 // (model sense): the child's optimum, the limit when it was hit, 1e75 x sense
-// for an infeasible child, the last dual objective when the iteration limit
-// stopped it; a nonbasic column gets -1e20 x sense in both and status -1.
+// for an infeasible child; when the iteration limit stopped it, the objective
+// of its last basis if that is dual feasible, else the parent's optimum (so
+// a value never passes the child's optimum); a nonbasic column gets
+// -1e20 x sense in both and status -1.
 // When downstat/upstat are given (may be null) and ctype is given, they get
 // the count of fractional integer columns (tolerance epint) of an optimal
 // child, else -1.  nthreads > 1 shares the list among clones of q.

@@ -5,11 +5,35 @@
 #include <filesystem>
 
 #include "../common/reference.h"
+#include "env/files.h"
+#include "mip/mipbb.h"
 #include "mip/mipstrong.h"
 #include "mipfix.h"
 
 namespace miptest {
 namespace {
+
+// The optimum of lp's child with the bound `lu` of column j at v, by a
+// cold solve of a clone; 1e75 x sense when the child is infeasible.
+double coldchild(VLTENVptr env, VLTLPptr lp, int j, char lu, double v) {
+  int status = 0;
+  VLTLPptr c = VLTcloneprob(env, lp, &status);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(VLTchgbds(env, c, 1, &j, &lu, &v), 0);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
+  EXPECT_EQ(VLTdualopt(env, c), 0);
+  VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
+  int st = VLTgetstat(env, c);
+  double z = 0;
+  if (st == 3) {
+    z = 1e75 * VLTgetobjsen(env, lp);
+  } else {
+    EXPECT_EQ(st, 1);
+    EXPECT_EQ(VLTgetobjval(env, c, &z), 0);
+  }
+  VLTfreeprob(env, &c);
+  return z;
+}
 
 class StrongTest : public MipTest {
  protected:
@@ -48,26 +72,7 @@ class StrongTest : public MipTest {
     }
     return out;
   }
-  // The child's optimum by a cold solve of a clone, 1e75 x sense when
-  // infeasible.
-  double child(int j, char lu, double v) {
-    int status = 0;
-    VLTLPptr c = VLTcloneprob(env, lp, &status);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(VLTchgbds(env, c, 1, &j, &lu, &v), 0);
-    VLTsetintparam(env, VLT_PARAM_ADVIND, 0);
-    EXPECT_EQ(VLTdualopt(env, c), 0);
-    VLTsetintparam(env, VLT_PARAM_ADVIND, 1);
-    int st = VLTgetstat(env, c);
-    double z = 0;
-    if (st == 3) z = 1e75 * VLTgetobjsen(env, lp);
-    else {
-      EXPECT_EQ(st, 1);
-      EXPECT_EQ(VLTgetobjval(env, c, &z), 0);
-    }
-    VLTfreeprob(env, &c);
-    return z;
-  }
+  double child(int j, char lu, double v) { return coldchild(env, lp, j, lu, v); }
   // Trial values equal the children's optima; basis and x unchanged.
   void againstchildren(const std::string &name, bool flip = false) {
     if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
@@ -114,6 +119,36 @@ class StrongTest : public MipTest {
     }
     EXPECT_GT(positive, 0) << "penalties all zero";
   }
+  // With few iterations a trial value lies between the parent's optimum and
+  // the child's: a value above the child's would let the search throw away
+  // a child that holds the optimum.
+  void shortsolvesbound(const std::string &name, bool flip = false) {
+    if (!loadrelax(name, flip)) GTEST_SKIP() << "miplib3/" << name << " absent (set VELTO_DATA)";
+    std::vector<int> list = fracbasic();
+    ASSERT_FALSE(list.empty());
+    int cnt = static_cast<int>(list.size()), sense = VLTgetobjsen(env, lp);
+    double z = 0;
+    ASSERT_EQ(VLTgetobjval(env, lp, &z), 0);
+    std::vector<double> d(cnt), u(cnt);
+    for (int k = 0; k < cnt; ++k) {
+      d[k] = child(list[k], 'U', std::floor(x[list[k]]));
+      u[k] = child(list[k], 'L', std::floor(x[list[k]]) + 1);
+    }
+    int short_ = 0;
+    for (int itlim : {0, 1, 3, 10}) {
+      std::vector<double> dn(cnt), up(cnt);
+      ASSERT_EQ(VLTstrongbranch(env, lp, list.data(), cnt, dn.data(), up.data(), itlim), 0);
+      double tol = 1e-6 * (1 + std::fabs(z));
+      for (int k = 0; k < cnt; ++k) {
+        EXPECT_GE(dn[k] * sense, z * sense - tol) << name << " itlim " << itlim << " down " << list[k];
+        EXPECT_GE(up[k] * sense, z * sense - tol) << name << " itlim " << itlim << " up " << list[k];
+        EXPECT_LE(dn[k] * sense, d[k] * sense + tol) << name << " itlim " << itlim << " down " << list[k];
+        EXPECT_LE(up[k] * sense, u[k] * sense + tol) << name << " itlim " << itlim << " up " << list[k];
+        short_ += std::fabs(dn[k] - d[k]) > tol || std::fabs(up[k] - u[k]) > tol;
+      }
+    }
+    EXPECT_GT(short_, 0) << "no trial was cut short";
+  }
   int n = 0, m = 0;
   std::vector<char> ctype;
   std::vector<double> x;
@@ -122,6 +157,10 @@ class StrongTest : public MipTest {
 TEST_F(StrongTest, TrialValuesEqualChildOptimaP0201) { againstchildren("p0201"); }
 TEST_F(StrongTest, TrialValuesEqualChildOptimaMisc07) { againstchildren("misc07"); }
 TEST_F(StrongTest, TrialValuesEqualChildOptimaMaximized) { againstchildren("p0201", true); }
+TEST_F(StrongTest, IterationLimitedTrialsStayBelowTheChildOptimaMisc07) { shortsolvesbound("misc07"); }
+TEST_F(StrongTest, IterationLimitedTrialsStayBelowTheChildOptimaMaximized) {
+  shortsolvesbound("p0201", true);
+}
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostP0201) { penaltiesbound("p0201"); }
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMisc07) { penaltiesbound("misc07"); }
 TEST_F(StrongTest, DriebeekPenaltiesBoundChildCostMaximized) { penaltiesbound("p0201", true); }
@@ -177,6 +216,100 @@ TEST_F(StrongSmall, Checks) {
   EXPECT_EQ(warn, "Warning:  Variable list empty.\n");
   ASSERT_EQ(VLTcopyctype(env, lp, "IC"), 0);
   EXPECT_EQ(VLTstrongbranch(env, lp, list, 1, dn, up, 10), 1017);
+}
+
+// The branch choice on a solved LP of two columns, the second (or both)
+// integer: after a side is fixed by its trial value or its one-pivot
+// penalty, the node's bound is that of the side left open, which a cold
+// solve of that child gives.
+class BranchFix : public MipTest {
+ protected:
+  // min c0 x0 + c1 x1 over the rows given, 0 <= x <= 10.
+  void build(double c0, double c1, const std::vector<std::vector<double>> &rows,
+             const std::string &sense, const std::vector<double> &rhs) {
+    int m = static_cast<int>(rows.size());
+    const double obj[] = {c0, c1}, lb[] = {0, 0}, ub[] = {10, 10};
+    std::vector<int> beg = {0, m}, cnt = {m, m}, ind;
+    std::vector<double> val;
+    for (int j = 0; j < 2; ++j)
+      for (int i = 0; i < m; ++i) ind.push_back(i), val.push_back(rows[i][j]);
+    ASSERT_EQ(VLTcopylp(env, lp, 2, m, 1, obj, rhs.data(), sense.data(), beg.data(), cnt.data(),
+                        ind.data(), val.data(), lb, ub, nullptr),
+              0);
+    ASSERT_EQ(VLTdualopt(env, lp), 0);
+    ASSERT_EQ(VLTgetstat(env, lp), 1);
+  }
+  double child(int j, char lu, double v) { return coldchild(env, lp, j, lu, v); }
+  // Runs the branch choice with rule `varsel` and the cutoff given.
+  void choose(int varsel, double cutoff, const char *ctype) {
+    x.assign(2, 0), lo.assign(2, 0), hi.assign(2, 0);
+    ASSERT_EQ(VLTgetx(env, lp, x.data(), 0, 1), 0);
+    ASSERT_EQ(VLTgetlb(env, lp, lo.data(), 0, 1), 0);
+    ASSERT_EQ(VLTgetub(env, lp, hi.data(), 0, 1), 0);
+    ASSERT_EQ(VLTgetobjval(env, lp, &z), 0);
+    ctl.varsel = varsel;
+    ctl.strongitlim = 50;
+    ctl.nodeobj = z;
+    ctl.startsec = velto::now(env);
+    ASSERT_GT(velto::fraccount(ctype, 2, x.data(), lo.data(), hi.data(), ctl.epint, ctl), 0);
+    bb.pccount.assign(2, 0);
+    bb.pcdown.assign(2, 0.01);
+    bb.pcup.assign(2, 0.01);
+    velto::branchctx c;
+    c.e = env, c.q = lp, c.model = lp, c.ctype = ctype, c.ctl = &ctl, c.bb = &bb;
+    c.cutoff = cutoff;
+    c.x = &x, c.lb = &lo, c.ub = &hi;
+    ASSERT_EQ(velto::branchselect(c, kids), 0);
+    ASSERT_EQ(kids.size(), 2u);
+  }
+  // The fixing that both children carry: column j at `lu` bound v.
+  bool fixed(int j, char lu, double v) const {
+    for (const auto &k : kids) {
+      bool has = false;
+      for (int t = 0; t < k.fix.count; ++t)
+        has |= k.fix.index[t] == j && k.fix.sense[t] == lu && k.fix.value[t] == v;
+      if (!has) return false;
+    }
+    return true;
+  }
+  velto::mipctl ctl;
+  velto::bbstate bb;
+  std::vector<velto::bbchild> kids;
+  std::vector<double> x, lo, hi;
+  double z = 0;
+};
+
+// min x0 + 3 x1, x0 + x1 >= 1.5: x0 = 1.5.  Down (x0 <= 1) costs 2.5 and
+// its one-pivot penalty says so; up (x0 >= 2) costs 2.  With the cutoff at
+// 2.2 the down side is fixed away, and the node was once given the down
+// side's 2.5, above the cutoff, so the search dropped the up side and the
+// optimum in it.
+TEST_F(BranchFix, DriebeekFixingRaisedTheNodeToTheClosedSide) {
+  build(1, 3, {{1, 1}}, "G", {1.5});
+  choose(3, 2.2, "IC");
+  double dn = child(0, 'U', 1), up = child(0, 'L', 2);
+  ASSERT_NEAR(dn, 2.5, 1e-9);
+  ASSERT_NEAR(up, 2.0, 1e-9);
+  EXPECT_TRUE(fixed(0, 'L', 2));
+  EXPECT_LE(ctl.nodeobj, up + 1e-9);
+  EXPECT_GE(ctl.nodeobj, z - 1e-9);
+  EXPECT_LT(ctl.nodeobj, 2.2) << "the open side lies below the cutoff";
+  EXPECT_EQ(kids[0].dir, 'U');
+}
+
+// min x0 + x1, x0 + x1 >= 1.5, 2 x0 - 2 x1 = 1: x1 = 0.5, and x1's down
+// child is infeasible.  Its trial value 1e75 fixed the side away and was
+// once taken as the node's bound, so the node's open side fell at the first
+// incumbent.
+TEST_F(BranchFix, InfeasibleTrialSideRaisedTheNodeToInfinity) {
+  build(1, 1, {{1, 1}, {2, -2}}, "GE", {1.5, 1});
+  choose(2, 1e75, "CI");
+  double dn = child(1, 'U', 0), up = child(1, 'L', 1);
+  ASSERT_EQ(dn, 1e75);
+  ASSERT_NEAR(up, 2.5, 1e-9);
+  EXPECT_TRUE(fixed(1, 'L', 1));
+  EXPECT_NEAR(ctl.nodeobj, up, 1e-7);
+  EXPECT_EQ(kids[0].dir, 'U');
 }
 
 }  // namespace
