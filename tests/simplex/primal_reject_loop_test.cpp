@@ -11,15 +11,16 @@ namespace {
 TEST(PrimalRejectLoop, phase1_rejected_candidate_loops_without_pivots) {
   velto_test::session s;
   ASSERT_NE(s.lp, nullptr);
-  // Both rows are violated at the slack basis, and y reduces both: its
-  // phase-1 reduced cost is -1.2e-7, but neither entry can be a pivot.
+  // The three rows are violated at the slack basis, and y reduces all of
+  // them: its phase-1 reduced cost is -1.8e-7, beyond the tolerance of 1e-7,
+  // but no entry can be a pivot.
   const double obj[] = {0.0}, lb[] = {0.0}, ub[] = {VLT_INFBOUND};
-  const double rhs[] = {1.0, 1.0};
-  const char sense[] = {'G', 'G'};
-  const int beg[] = {0}, cnt[] = {2}, ind[] = {0, 1};
-  const double val[] = {6e-8, 6e-8};
-  ASSERT_EQ(VLTcopylp(s.env, s.lp, 1, 2, 1, obj, rhs, sense, beg, cnt, ind, val, lb, ub, nullptr), 0);
-  const int cstat[] = {0}, rstat[] = {1, 1};
+  const double rhs[] = {1.0, 1.0, 1.0};
+  const char sense[] = {'G', 'G', 'G'};
+  const int beg[] = {0}, cnt[] = {3}, ind[] = {0, 1, 2};
+  const double val[] = {6e-8, 6e-8, 6e-8};
+  ASSERT_EQ(VLTcopylp(s.env, s.lp, 1, 3, 1, obj, rhs, sense, beg, cnt, ind, val, lb, ub, nullptr), 0);
+  const int cstat[] = {0}, rstat[] = {1, 1, 1};
   ASSERT_EQ(VLTcopybase(s.env, s.lp, cstat, rstat), 0);
   VLTsetintparam(s.env, VLT_PARAM_ADVIND, 1);
   VLTsetintparam(s.env, VLT_PARAM_PREIND, 0);
