@@ -85,7 +85,9 @@ class finder {
   int closecols(const std::vector<int> &cols);
   std::vector<int> addedof(const std::vector<int> &rows) const;
   int solve(int *stat);
-  int test(int *outcome);
+  int test(int *outcome, int droprow = -1, int dropcol = -1);
+  bool proven(int droprow, int dropcol);
+  int recheck(int *stat);
   int cut(const double *y, bool *cutany);
   int proofrow(std::vector<double> &y);
   int firstcut();
@@ -189,15 +191,49 @@ int finder::solve(int *stat) {
   return 0;
 }
 
-// A solve of the deletion filter: infeasible, feasible, or out of time.
-int finder::test(int *outcome) {
+// Whether the row multipliers of the last infeasible solve prove the
+// flagged members, less droprow or dropcol, infeasible in the user's units.
+bool finder::proven(int droprow, int dropcol) {
+  std::vector<double> y;
+  if (proofrow(y) != 0) return false;
+  std::vector<int> rowin = rowin_, colin = colin_, rs, cs;
+  if (droprow >= 0) rowin[droprow] = 0;
+  if (dropcol >= 0) colin[dropcol] = 0;
+  return iis_certify(d_, rowin, colin, y.data(), rs, cs, nullptr);
+}
+
+// A verdict the scaled warm solve can't give reliably is asked again of the
+// primal simplex on the unscaled copy, from the basis at hand.
+int finder::recheck(int *stat) {
+  parblock *b = e_->params;
+  const int scaind = b->scaind;
+  b->scaind = -1;
+  if (budget_ < 1e75) b->tilim = std::max(0.0, budget_ - (now(e_) - t0_));
+  int status = VLTprimopt(e_, w_);
+  b->scaind = scaind;
+  ++solves_;
+  if (status) return -status;
+  *stat = VLTgetstat(e_, w_);
+  return 0;
+}
+
+// A solve of the deletion filter without droprow or dropcol: infeasible,
+// feasible, or out of time.  A member goes only on a proof: an infeasible
+// end whose Farkas row proves the smaller set infeasible.  An end with
+// unscaled infeasibilities, or an infeasible one without a proof, is solved
+// again unscaled; what stays unproven keeps the member.
+int finder::test(int *outcome, int droprow, int dropcol) {
   int stat = 0;
   int status = solve(&stat);
   if (status) return status;
+  const bool tested = droprow >= 0 || dropcol >= 0;
+  if (tested && (stat == kStatOptimalInfeas || (stat == kStatInfeasible && !proven(droprow, dropcol)))) {
+    if ((status = recheck(&stat)) != 0) return status;
+    if (stat == kStatInfeasible && !proven(droprow, dropcol)) stat = kStatOptimalInfeas;
+  }
   switch (stat) {
     case kStatInfeasible: *outcome = kTestInfeasible; return 0;
-    // Feasible, also where only the unscaled model keeps a trace of
-    // infeasibility: the member is kept.
+    // Feasible, or not proven infeasible: the member is kept.
     case kStatOptimal: case kStatUnbounded: case kStatOptimalInfeas:
       *outcome = kTestFeasible;
       return 0;
@@ -346,7 +382,7 @@ int finder::filter(bool rows) {
     const std::vector<int> one{k};
     int status = rows ? openrows(one) : opencols(one);
     int outcome = kTestFeasible;
-    if (status == 0) status = test(&outcome);
+    if (status == 0) status = test(&outcome, rows ? k : -1, rows ? -1 : k);
     if (status) return status;
     if (outcome == kTestInfeasible) {
       in[k] = 0;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "composite/iis.h"
@@ -132,9 +133,23 @@ class lpline {
   bool first_ = true;
 };
 
-std::string colname(const lpcore *c, int j) {
-  const char *s = nameof(c->colname, j);
-  return s ? std::string(s) : join({"x", std::to_string(j + 1)});
+// The names of the columns as the LP-like form writes them.  A name that
+// the LP reader would take for a number or a keyword ("1", "e5", "end") is
+// written behind an "x", with more of them while that is the name of another
+// column, so that the file reads back as a model with the same columns.
+std::vector<std::string> colnames(const lpcore *c, int n) {
+  std::vector<std::string> out(n);
+  std::unordered_set<std::string> taken;
+  for (int j = 0; j < n && c->colname; ++j) taken.insert(c->colname[j]);
+  for (int j = 0; j < n; ++j) {
+    const char *s = nameof(c->colname, j);
+    out[j] = s ? std::string(s) : join({"x", std::to_string(j + 1)});
+    if (s == nullptr || lpunreadable(out[j], false) == nullptr) continue;
+    std::string alt = join({"x", out[j]});
+    while (lpunreadable(alt, false) == nullptr && taken.count(alt)) alt.insert(0, "x");
+    out[j] = lpunreadable(alt, false) == nullptr ? alt : join({"x", std::to_string(j + 1)});
+  }
+  return out;
 }
 
 // Bound line of a column: the side in force, or free.
@@ -155,6 +170,7 @@ int lpform(env *e, lp *p, const iisrec &r, velto_channel *ch) {
   if (status) return status;
   const lpcore *c = p->core;
   const char *partial = r.iisstat == kIisPartial ? " (partial)" : "";
+  const std::vector<std::string> names = colnames(c, d.n);
   // Row-wise copy of the member rows.
   std::vector<int> pos(d.m, -1);
   for (int k = 0; k < r.numrows; ++k) pos[r.rowind[k]] = k;
@@ -173,7 +189,7 @@ int lpform(env *e, lp *p, const iisrec &r, velto_channel *ch) {
     const int i = r.rowind[k];
     const char *nm = nameof(c->rowname, i);
     line.start(join({" ", nm ? std::string(nm) : join({"c", std::to_string(i + 1)}), ":"}));
-    for (auto &t : rows[k]) line.term(t.second, colname(c, t.first));
+    for (auto &t : rows[k]) line.term(t.second, names[t.first]);
     const int side = r.rowstat[k];
     double value = d.rhs[i];
     const char *sense = " = ";
@@ -202,7 +218,7 @@ int lpform(env *e, lp *p, const iisrec &r, velto_channel *ch) {
       msg(ch, "\\Sum of equality rows in the%s IIS:\n", partial);
       line.start("\\");
       for (int j = 0; j < d.n; ++j)
-        if (std::fabs(z[j]) > 1e-9 * (1.0 + scale)) line.term(z[j], colname(c, j));
+        if (std::fabs(z[j]) > 1e-9 * (1.0 + scale)) line.term(z[j], names[j]);
       line.add("  = ");
       line.add(number(sum));
       line.end();
@@ -223,14 +239,14 @@ int lpform(env *e, lp *p, const iisrec &r, velto_channel *ch) {
     msg(ch, "Bounds\n");
     for (int k = 0; k < r.numcols; ++k) {
       const int j = r.colind[k];
-      msg(ch, "%s\n", boundline(colname(c, j), d.lb[j], d.ub[j], r.colstat[k], true).c_str());
+      msg(ch, "%s\n", boundline(names[j], d.lb[j], d.ub[j], r.colstat[k], true).c_str());
     }
   }
   if (others) {
     msg(ch, "\\Non-IIS columns intersecting%s IIS rows:\n", partial);
     for (int j = 0; j < d.n; ++j)
       if (inrow[j] && member[j] < 0)
-        msg(ch, "%s\n", boundline(colname(c, j), d.lb[j], d.ub[j], -1, false).c_str());
+        msg(ch, "%s\n", boundline(names[j], d.lb[j], d.ub[j], -1, false).c_str());
   }
   msg(ch, "End\n");
   return 0;

@@ -282,6 +282,8 @@ const char *unwritable(std::string_view n, bool lp, bool row) {
 
 }  // namespace
 
+const char *lpunreadable(std::string_view n, bool row) { return unwritable(n, true, row); }
+
 int checkwritenames(env *e, const filemodel &m, bool lp) {
   const char *form = lp ? "LP" : "MPS";
   for (int side = 0; side < 2; ++side) {

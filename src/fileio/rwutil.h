@@ -261,6 +261,9 @@ void rimout_free(const rimout &o);
 // reader takes for a keyword, a number or an infinity.  On failure prints
 // which name and returns 1003 (the file is not opened).
 int checkwritenames(env *e, const filemodel &m, bool lp);
+// Why a name would not read back from the LP form as the same row or
+// column name (a number, a keyword, an operator or blank in it), or null.
+const char *lpunreadable(std::string_view n, bool row);
 int mpswritefile(env *e, const char *name, const filemodel &m);
 // Basis file of p's model with the statuses cs/rs (those of VLTgetbase);
 // itcnt < 0 leaves the iteration count and sizes off the NAME line.

@@ -84,6 +84,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   bool tightened = false;
   int tightstart = 0;
   double worktol = 0.0;
+  int clearedat = -1;  // iteration count when the rejected marks were last cleared
   res = presult();
   e.lbw = p.lb;
   e.ubw = p.ub;
@@ -174,9 +175,13 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
     int q = e.price_select(e.opttol);
     if (q < 0) {
       if (!e.fresh || e.fac->updates > 0) { e.refresh(); continue; }
-      if (e.nrejected > 0) {
+      // Rejected candidates get another chance once the basis has changed;
+      // on the basis that rejected them they would be rejected again, and
+      // the loop would turn for ever without a pivot.
+      if (e.nrejected > 0 && e.itcnt != clearedat) {
         std::fill(e.mark.begin(), e.mark.end(), 0);
         e.nrejected = 0;
+        clearedat = e.itcnt;
         continue;
       }
       if (e.perturbed) {

@@ -225,6 +225,50 @@ TEST_F(Iis, LpFormListsOtherColumnsFreeAndReadsBackInfeasible) {
   std::remove(file.c_str());
 }
 
+// Column names that the LP reader takes for a number or a keyword ("1",
+// "e5", "end") are written behind an "x" (one more while that names another
+// column), so the file reads back as a model with the same rows and columns.
+TEST_F(Iis, LpFormNamesThatReadAsNumbersReadBack) {
+  int status = 0;
+  lp = VLTcreateprob(env, &status, "iisnames");
+  // The rows of loadbound over columns "1", "e5", "end" and "x1", the last
+  // two in r1 with upper bounds 0.5 and 0.25: r1 asks 8, and at most 7.75
+  // is reached.  The subset: r1, r2 and the upper bounds of "1", "end", "x1".
+  double obj[] = {1, 1, 0, 0}, rhs[] = {5, 8, 3, 100}, lb[] = {0, 0, 0, 0},
+         ub[] = {10, VLT_INFBOUND, 0.5, 0.25};
+  char sense[] = "GGGL";
+  int beg[] = {0, 3, 7, 8}, cnt[] = {3, 4, 1, 1}, ind[] = {0, 1, 3, 0, 1, 2, 3, 1, 1};
+  double val[] = {1, 1, 1, 1, -1, 1, 1, 1, 1};
+  char c0[] = "1", c1[] = "e5", c2[] = "end", c3[] = "x1";
+  char r0[] = "r0", r1[] = "r1", r2[] = "r2", r3[] = "r3";
+  char *cn[] = {c0, c1, c2, c3}, *rn[] = {r0, r1, r2, r3};
+  ASSERT_EQ(VLTcopylpwnames(env, lp, 4, 4, 1, obj, rhs, sense, beg, cnt, ind, val, lb, ub, nullptr,
+                            cn, rn),
+            0);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  ASSERT_EQ(VLTgetstat(env, lp), 3);
+  const std::string file = ::testing::TempDir() + "iis_names.lp";
+  ASSERT_EQ(VLTiiswrite(env, lp, file.c_str()), 0);
+  const std::string text = slurp(file);
+  EXPECT_NE(text.find(" -Inf <= xx1 <= 10\n"), std::string::npos) << text;
+  EXPECT_NE(text.find(" r2: xe5 >= 3\n"), std::string::npos) << text;
+  EXPECT_NE(text.find(" -Inf <= xend <= 0.5\n"), std::string::npos) << text;
+  EXPECT_NE(text.find(" -Inf <= x1 <= 0.25\n"), std::string::npos) << text;
+  VLTLPptr back = VLTcreateprob(env, &status, "back");
+  ASSERT_EQ(VLTreadcopyprob(env, back, file.c_str(), nullptr), 0) << text;
+  found f = getiis();
+  EXPECT_EQ(VLTgetnumrows(env, back), f.rows.size());
+  // Every column of the member rows comes back, under its written name.
+  EXPECT_EQ(VLTgetnumcols(env, back), 4);
+  int idx = -1;
+  for (const char *n : {"xx1", "xe5", "xend", "x1"})
+    EXPECT_EQ(VLTgetcolindex(env, back, n, &idx), 0) << n;
+  ASSERT_EQ(VLTprimopt(env, back), 0);
+  EXPECT_EQ(VLTgetstat(env, back), 3);
+  VLTfreeprob(env, &back);
+  std::remove(file.c_str());
+}
+
 TEST_F(Iis, EqualityRowsSumToZeroEqualsOne) {
   loadequal();
   ASSERT_EQ(VLTprimopt(env, lp), 0);
