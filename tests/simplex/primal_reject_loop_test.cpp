@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(PrimalRejectLoop, phase1_rejected_candidate_loops_without_pivots) {
+TEST(PrimalRejectLoop, RejectedPhaseOneCandidateNoLongerLoopsWithoutPivots) {
   velto_test::session s;
   ASSERT_NE(s.lp, nullptr);
   // The three rows are violated at the slack basis, and y reduces all of
