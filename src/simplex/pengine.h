@@ -108,6 +108,7 @@ struct pengine {
   std::vector<double> pscore;
   int listmax = 5, listcap = 5, nsect = 1, cursect = 0;
   double matrixnz = 0.0;
+  double basisnz = 0.0;            // nonzeros of the basis columns
 
   // Log state.
   int lastlogref = -1, lastlogphase = 0;
@@ -139,6 +140,7 @@ struct pengine {
 
   // ---- poptutil.cpp ----
   void column(int j, wvec &v) const;          // a_j scattered into v
+  int collen(int j) const { return j < n ? p.cbeg[j + 1] - p.cbeg[j] : 1; }
   double coldot(int j, const double *y) const;  // a_j' y
   int refactor();                             // 0, 1256
   void compute_xb();

@@ -286,6 +286,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
         for (int s = 0; s < e.rho.nnz; ++s) e.pi[e.rho.ind[s]] += thd * e.rho.val[e.rho.ind[s]];
       }
       e.pos[leaving] = -1;
+      e.basisnz += e.collen(q) - e.collen(leaving);
       b.stat[leaving] = endstat;
       e.pos[q] = r;
       b.head[r] = q;
