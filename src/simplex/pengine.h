@@ -78,6 +78,7 @@ struct pengine {
   bool djvalid = false;            // d holds current reduced costs
   bool fresh = false;              // no update since the last factorization
   int reinv = 500;                 // cap on updates between refactorizations
+  int reinvcap = 500;              // its value at the start of the run
   double markowitz = 0.1;           // working threshold of the factor
   std::vector<double> xbold;
   bool longstep = true;            // phase-1 test passes breakpoints

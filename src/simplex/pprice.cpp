@@ -10,7 +10,7 @@ namespace {
 
 // Largest ratio of nonbasic matrix nonzeros to factor nonzeros at which the
 // pivot row is cheap enough for devex pricing.
-constexpr double kPartialRowShare = 8.0;
+constexpr double kPartialRowShare = 16.0;
 
 // Partial list length by structural columns n and rows m.
 int partial_size(int n, int m) {
@@ -223,7 +223,7 @@ void pengine::price_update_weights(int q, int r, int leaving, double alpha_r) {
 // the matrix (a nonzeros), and pays in iterations: on the usual models it
 // takes one and a half to two times as many as devex.  Each iteration
 // solves with the factor (b nonzeros) either way, so once a is within a
-// few times b the row costs less than the iterations it saves.
+// order of magnitude of b the row costs less than the iterations it saves.
 bool pengine::price_switch_test() {
   if (pricing != kPriceAuto) return false;
   double a = matrixnz - basisnz;
