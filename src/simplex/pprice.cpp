@@ -220,9 +220,9 @@ void pengine::price_update_weights(int q, int r, int leaving, double alpha_r) {
 }
 
 // Partial pricing saves the pivot row, a product over the nonbasic part of
-// the matrix (a nonzeros), and pays in iterations: on the usual models it
-// takes one and a half to two times as many as devex.  Each iteration
-// solves with the factor (b nonzeros) either way, so once a is within a
+// the matrix (a nonzeros), and pays in iterations: on many models it takes
+// half again to twice as many as devex.  Each iteration
+// solves with the factor (b nonzeros) either way, so once a is within an
 // order of magnitude of b the row costs less than the iterations it saves.
 bool pengine::price_switch_test() {
   if (pricing != kPriceAuto) return false;
