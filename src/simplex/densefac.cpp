@@ -25,7 +25,7 @@ int lu_dense(lufactor *fac, facwork *fw, double singtol) {
     return rf->cnt[a] != rf->cnt[b] ? rf->cnt[a] < rf->cnt[b] : a < b;
   });
   std::sort(C.begin(), C.end(), [fw](int a, int b) {
-    return fw->cols.cnt[a] != fw->cols.cnt[b] ? fw->cols.cnt[a] < fw->cols.cnt[b] : a < b;
+    return fw->ccount(a) != fw->ccount(b) ? fw->ccount(a) < fw->ccount(b) : a < b;
   });
   std::vector<double> A;
   std::vector<int> where(fw->nc, -1);

@@ -107,7 +107,7 @@ inline void link_row(facwork *fw, int i) {
   if (c > fw->rhigh) fw->rhigh = c;
 }
 inline void link_col(facwork *fw, int j) {
-  int c = fw->cols.cnt[j];
+  int c = fw->ccount(j);
   fw->cl.link(j, c);
   if (c > fw->chigh) fw->chigh = c;
 }
@@ -126,7 +126,9 @@ bool find_pivot(facwork *fw, int order, double u, double t, pick *best) {
     if (colpass) {
       while (fw->cl.head[1] >= 0) {
         int j = fw->cl.head[1];
-        int i = fw->cols.ind[fw->cols.beg[j]];
+        int p = fw->cols.beg[j];
+        while (fw->rstate[fw->cols.ind[p]] == 1) p++;
+        int i = fw->cols.ind[p];
         double a = entry(fw, i, j);
         if (std::fabs(a) >= t) {
           *best = {i, j, a};
@@ -162,6 +164,7 @@ bool find_pivot(facwork *fw, int order, double u, double t, pick *best) {
         const linefile &cf = fw->cols;
         for (int p = cf.beg[j], e = p + cf.cnt[j]; p < e; p++) {
           int i = cf.ind[p];
+          if (fw->rstate[i] == 1) continue;
           double a = entry(fw, i, j), aa = std::fabs(a);
           if (aa < t || u * fw->rowmax[i] > aa) continue;
           cand = true;
@@ -193,7 +196,7 @@ bool find_pivot(facwork *fw, int order, double u, double t, pick *best) {
           if (aa < t || lim > aa) continue;
           cand = true;
           int j = rf.ind[p];
-          double mer = cm1 * (fw->cols.cnt[j] - 1);
+          double mer = cm1 * (fw->ccount(j) - 1);
           if (mer < merit || (mer == merit && aa > bestabs)) {
             merit = mer;
             bestabs = aa;
@@ -220,6 +223,24 @@ inline void col_drop_row(facwork *fw, int j, int i) {
   if (p >= 0) lf_remove_at(&fw->cols, j, p);
 }
 
+// Row i was pivoted: a short column drops it at once; a long one (a dense
+// column meets every pivot row, and a search per pivot would make the
+// factor quadratic) keeps it as a stale entry and sheds all of them in one
+// pass once they are half of its list.
+inline void col_drop_pivot_row(facwork *fw, int j, int i) {
+  linefile &cf = fw->cols;
+  if (cf.cnt[j] <= 16) {
+    col_drop_row(fw, j, i);
+    return;
+  }
+  if (2 * ++fw->cstale[j] < cf.cnt[j]) return;
+  int b = cf.beg[j], k = b;
+  for (int p = b, e = b + cf.cnt[j]; p < e; p++)
+    if (fw->rstate[cf.ind[p]] != 1) cf.ind[k++] = cf.ind[p];
+  cf.cnt[j] = k - b;
+  fw->cstale[j] = 0;
+}
+
 int eliminate(lufactor *fac, facwork *fw, const pick &pv) {
   linefile *rf = &fw->rows, *cf = &fw->cols;
   const int i = pv.i, j = pv.j;
@@ -237,7 +258,7 @@ int eliminate(lufactor *fac, facwork *fw, const pick &pv) {
 
   // Pivot row: drop the pivot, scale into the U row, scatter, unlink.
   lf_remove_at(rf, i, lf_find(rf, i, j));
-  fw->activenz -= rf->cnt[i] + cf->cnt[j];
+  fw->activenz -= rf->cnt[i] + fw->ccount(j);
   std::vector<int> prc;
   prc.reserve(rf->cnt[i]);
   for (int p = rf->beg[i], e = p + rf->cnt[i]; p < e; p++) {
@@ -246,14 +267,17 @@ int eliminate(lufactor *fac, facwork *fw, const pick &pv) {
     fw->w[c] = rf->val[p];
     fw->wmark[c] = 1;
     prc.push_back(c);
-    col_drop_row(fw, c, i);
+    col_drop_pivot_row(fw, c, i);
     fw->cl.unlink(c);
   }
   // Other rows of the pivot column.
-  std::vector<int> pcr(cf->ind + cf->beg[j], cf->ind + cf->beg[j] + cf->cnt[j]);
+  std::vector<int> pcr;
+  pcr.reserve(fw->ccount(j));
+  for (int p = cf->beg[j], e = p + cf->cnt[j]; p < e; p++)
+    if (fw->rstate[cf->ind[p]] != 1) pcr.push_back(cf->ind[p]);
   cf->cnt[j] = 0;
+  fw->cstale[j] = 0;
   for (int r : pcr) {
-    if (r == i) continue;
     fw->rl.unlink(r);
     int p = lf_find(rf, r, j);
     double arj = rf->val[p];
@@ -290,14 +314,13 @@ int eliminate(lufactor *fac, facwork *fw, const pick &pv) {
   fac->lend[k] = fw->lnz;
   // Relink.
   for (int r : pcr) {
-    if (r == i) continue;
     if (fw->rstate[r] == 2) fw->rstate[r] = 0;
     link_row(fw, r);
   }
   for (int c : prc) {
     fw->wmark[c] = 0;
     fw->w[c] = 0.0;
-    if (fw->cstate[c] == 0 || (fw->cstate[c] == 2 && cf->cnt[c] == 1)) {
+    if (fw->cstate[c] == 0 || (fw->cstate[c] == 2 && fw->ccount(c) == 1)) {
       fw->cstate[c] = 0;
       link_col(fw, c);
     }
@@ -374,6 +397,7 @@ int lu_core(lufactor *fac, const lumatrix *mat, int nc, const int *cols, const i
     int maxc = std::max(m, nc);
     fw->rstate.assign(m, 0);
     fw->cstate.assign(nc, 0);
+    fw->cstale.assign(nc, 0);
     fw->rowmax.assign(m, 0.0);
     fw->w.assign(nc, 0.0);
     fw->wmark.assign(nc, 0);

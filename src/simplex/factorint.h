@@ -57,6 +57,9 @@ struct facwork {
   int m = 0, nc = 0;
   linefile rows{};        // active rows: local column numbers and values
   linefile cols{};        // active columns: row numbers
+  // Entries of pivoted rows left in a long column's list until enough of
+  // them gather; the column's active count is cols.cnt - cstale.
+  std::vector<int> cstale;
   std::vector<double> rowmax;
   std::vector<int> rstate, cstate;  // 0 active, 1 pivoted, 2 rejected
   countlists rl, cl;
@@ -70,6 +73,7 @@ struct facwork {
   int lnz = 0;              // L entries written
   long activenz = 0;
   int activerows = 0;
+  int ccount(int j) const { return cols.cnt[j] - cstale[j]; }
   ~facwork();
 };
 

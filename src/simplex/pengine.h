@@ -78,6 +78,7 @@ struct pengine {
   bool djvalid = false;            // d holds current reduced costs
   bool fresh = false;              // no update since the last factorization
   int reinv = 500;                 // cap on updates between refactorizations
+  int reinvcap = 500;              // its value at the start of the run
   double markowitz = 0.1;           // working threshold of the factor
   std::vector<double> xbold;
   bool longstep = true;            // phase-1 test passes breakpoints
@@ -108,6 +109,7 @@ struct pengine {
   std::vector<double> pscore;
   int listmax = 5, listcap = 5, nsect = 1, cursect = 0;
   double matrixnz = 0.0;
+  double basisnz = 0.0;            // nonzeros of the basis columns
 
   // Log state.
   int lastlogref = -1, lastlogphase = 0;
@@ -139,6 +141,7 @@ struct pengine {
 
   // ---- poptutil.cpp ----
   void column(int j, wvec &v) const;          // a_j scattered into v
+  int collen(int j) const { return j < n ? p.cbeg[j + 1] - p.cbeg[j] : 1; }
   double coldot(int j, const double *y) const;  // a_j' y
   int refactor();                             // 0, 1256
   void compute_xb();

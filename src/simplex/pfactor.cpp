@@ -61,6 +61,8 @@ int pengine::refactor() {
   int st = lu_refactor(hk.e, fac, &mat, headtmp.data(), &markowitz, singtol, 1, nullptr);
   ++refactors;
   fresh = true;
+  basisnz = 0.0;
+  for (int k = 0; k < m; ++k) basisnz += collen(headtmp[k]);
   if (st == 0) return 0;
   if (st == kNoMemory) return kNoMemory;
   if (st != kLuRepaired) return kLuSingular;

@@ -107,6 +107,35 @@ void pengine::pivot_row() {
     arowmark[arowind[t]] = 0;
   }
   arownnz = 0;
+  // Row-wise the product costs the rows of rho's nonzeros; column-wise, one
+  // pass over the nonbasic columns.  A dense rho (phase-1 cost changes, a
+  // large basis inverse) goes by columns.
+  double rowwork = 0.0;
+  for (int s = 0; s < rho.nnz && rowwork <= matrixnz; ++s) {
+    int i = rho.ind[s];
+    rowwork += p.rbeg[i + 1] - p.rbeg[i] + 1;
+  }
+  if (rowwork > 0.4 * (matrixnz - basisnz)) {
+    const double *y = rho.val.data();
+    for (int j = 0; j < n; ++j) {
+      if (pos[j] >= 0) continue;
+      double v = 0.0;
+      for (int t = p.cbeg[j]; t < p.cbeg[j + 1]; ++t) v += y[p.cind[t]] * p.cval[t];
+      if (v != 0.0) {
+        arow[j] = v;
+        arowmark[j] = 1;
+        arowind[arownnz++] = j;
+      }
+    }
+    for (int s = 0; s < rho.nnz; ++s) {
+      int i = rho.ind[s], j = n + i;
+      if (pos[j] >= 0) continue;
+      arow[j] = y[i];
+      arowmark[j] = 1;
+      arowind[arownnz++] = j;
+    }
+    return;
+  }
   for (int s = 0; s < rho.nnz; ++s) {
     int i = rho.ind[s];
     double r = rho.val[i];
@@ -156,6 +185,11 @@ void pengine::refresh() {
     if (drift > 1e-6) {
       if (markowitz < 0.5) markowitz = std::min(0.5, 2.0 * markowitz);
       if (reinv > 50) reinv = std::max(50, reinv / 2);
+    } else if (drift < 1e-9 && reinv < reinvcap) {
+      // Clean values again: the cap climbs back, so that one bad stretch
+      // does not cost short refactorization intervals for the rest of a
+      // long run.
+      reinv = std::min(reinvcap, reinv + 25);
     }
   }
   if (perturbed && phase == 2) {

@@ -108,6 +108,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
   // With a fixed refactorization interval the factor keeps it; otherwise
   // its cost rule decides, under a cap that falls when updated values drift.
   e.reinv = opt.reinv > 0 ? opt.reinv + 1 : 200;
+  e.reinvcap = e.reinv;
   e.markowitz = std::max(opt.markowitz, 0.1);
   e.itcnt = iter0;
   e.phase1cnt = phase1cnt0;
@@ -291,6 +292,7 @@ void primal_run(const wprob &p, pbasis &b, const poptions &opt,
         for (int s = 0; s < e.rho.nnz; ++s) e.pi[e.rho.ind[s]] += thd * e.rho.val[e.rho.ind[s]];
       }
       e.pos[leaving] = -1;
+      e.basisnz += e.collen(q) - e.collen(leaving);
       b.stat[leaving] = endstat;
       e.pos[q] = r;
       b.head[r] = q;

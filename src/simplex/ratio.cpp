@@ -118,16 +118,22 @@ int pengine::ratio_primal1(int q, int dir, double dq, double range, int &r,
       if (cb[k] <= 0 && hi < kInf) bps.push_back({(x - hi) / a, aa, k, 1});
     }
   }
-  std::sort(bps.begin(), bps.end(),
-            [](const bpoint &u, const bpoint &v) { return u.t < v.t; });
+  // Breakpoints come off a heap in rising order only up to the turn: a
+  // long column has many, and the step rarely passes more than a few.
+  auto later = [](const bpoint &u, const bpoint &v) { return u.t > v.t; };
+  std::make_heap(bps.begin(), bps.end(), later);
+  // bps[heapn..] holds the passed ones, the latest first.
+  size_t heapn = bps.size();
   double slope = -std::fabs(dq);
-  size_t turn = bps.size();
-  for (size_t i = 0; i < bps.size(); ++i) {
-    if (bps[i].t >= range) break;
-    slope += bps[i].a;
-    if (slope >= -1e-12) { turn = i; break; }
+  bool turned = false;
+  while (heapn > 0) {
+    if (bps[0].t >= range) break;
+    std::pop_heap(bps.begin(), bps.begin() + heapn, later);
+    --heapn;
+    slope += bps[heapn].a;
+    if (slope >= -1e-12) { turned = true; break; }
   }
-  if (turn == bps.size()) {
+  if (!turned) {
     if (range < kInf) {
       r = -1;
       step = range;
@@ -138,14 +144,15 @@ int pengine::ratio_primal1(int q, int dir, double dq, double range, int &r,
   }
   // Among the breakpoints within a Harris window of the turning one, the
   // largest pivot.
-  double tt = bps[turn].t;
-  double tmax = tt + delta / bps[turn].a;
-  for (size_t i = turn + 1; i < bps.size(); ++i)
-    tmax = std::min(tmax, bps[i].t + delta / bps[i].a);
+  const bpoint &turn = bps[heapn];
+  double tt = turn.t;
+  double tmax = tt + delta / turn.a;
+  for (size_t i = 0; i < heapn; ++i) tmax = std::min(tmax, bps[i].t + delta / bps[i].a);
   int best = -1;
   double bestabs = 0.0;
-  for (size_t i = 0; i < bps.size() && bps[i].t <= tmax; ++i) {
-    if (i < turn && bps[i].t < tt - 1e-12) continue;
+  for (size_t i = 0; i < bps.size(); ++i) {
+    if (bps[i].t > tmax) continue;
+    if (i > heapn && bps[i].t < tt - 1e-12) continue;
     if (bps[i].a > bestabs) { bestabs = bps[i].a; best = (int)i; }
   }
   if (best < 0 || bestabs < 1e-5) return 3;
