@@ -299,11 +299,14 @@ int mirrow(mirwork &mw, int i, double sg, int mode, int agglim, mircut &cut) {
         general = j < mw.n && mw.type[j] == 'I' && !(mw.lb[j] == 0.0 && mw.ub[j] == 1.0) &&
                   mw.x[j] - mw.lb[j] > 1e-5 && mw.ub[j] - mw.x[j] > 1e-5;
       }
-      mir = true;
+      mir = general;
       flow = !general;
     }
     const int n = static_cast<int>(cols.size());
-    (void)flow;
+    if (flow && flowcover(wc, n, rhs, cols.data(), vals.data(), -0.1, cut)) {
+      found = 1;
+      break;
+    }
     if (mir && cmir(wc, n, rhs, cols.data(), vals.data(), -0.001, cut)) {
       found = 2;
       break;

@@ -35,6 +35,12 @@ struct mircut {
 bool cmir(const mircols &w, int n, double rhs, const int *cols, const double *vals,
           double minviol, mircut &out);
 
+// The lifted flow cover of the row read as a single-node flow set (flows
+// f = |a| x with capacities M = |a| ub and switches y: the binary link, or
+// the column itself when binary): true with the cut in `out`.
+bool flowcover(const mircols &w, int n, double rhs, const int *cols, const double *vals,
+               double minviol, mircut &out);
+
 // Drops coefficients of magnitude at most tiny, moving each to the rhs
 // through the bound that keeps the cut valid (kept when that bound is
 // infinite), and sorts out zero entries.  lb/ub per column.

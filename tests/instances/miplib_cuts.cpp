@@ -164,10 +164,15 @@ TEST_P(MiplibCuts, NoCutRemovesTheKnownOptimum) {
   const char *cap = std::getenv("VELTO_MIP_SECONDS");
   VLTsetdblparam(env, VLT_PARAM_TILIM, cap ? std::atof(cap) : 60.0);
   VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 0);
-  // Every cover family at the root and at nodes, local covers too.
+  // Every cover family at the root and at nodes, local covers too; MIR
+  // cuts and flow covers (both tried on each row) at the root and nodes,
+  // Gomory cuts for five root passes.
   VLTsetintparam(env, VLT_PARAM_COVERS, 2);
   VLTsetintparam(env, VLT_PARAM_GUBCOVERS, 2);
   VLTsetintparam(env, VLT_PARAM_LOCALCOVERS, 2);
+  VLTsetintparam(env, VLT_PARAM_MIRCUTS, 2);
+  VLTsetintparam(env, VLT_PARAM_FLOWCOVERS, 2);
+  VLTsetintparam(env, VLT_PARAM_FRACCUTS, 2);
   velto::cutwatch.seen = seen;
   velto::cutwatch.ctx = &w;
   int rc = VLTmipopt(env, lp);
