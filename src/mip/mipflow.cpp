@@ -206,43 +206,44 @@ void workrow(const mirwork &mw, std::vector<int> &cols, std::vector<double> &val
   }
 }
 
-// The next row to aggregate and its multiplier, or -1.
-int nextrow(const mirwork &mw, double *mult) {
-  const int n = mw.n;
-  int best = -1, bestcnti = 0;
+// Calls fn(row, a, c) for each continuous column of the aggregate that is
+// away from its bounds (coefficient c) and each free row holding it (a).
+template <class F>
+void eachpair(const mirwork &mw, F fn) {
   for (int j : mw.list) {
-    if (j >= n || !(mw.bddist[j] > 0)) continue;
-    double c = mw.dense[j];
+    if (j >= mw.n || !(mw.bddist[j] > 0)) continue;
     for (int p = mw.cbeg[j]; p < mw.cbeg[j + 1]; ++p) {
       int r = mw.cind[p];
-      double a = mw.cval[p];
-      if (mw.rowstate[r] != 0 || std::fabs(a) <= 1e-13 || mw.cntc[r] != 1) continue;
-      double v = std::fabs(c) / std::fabs(a);
-      if (!(v > 0.1 && v * 0.1 < 1.0)) continue;
-      if (best < 0 || mw.cnti[r] < bestcnti) best = r, bestcnti = mw.cnti[r], *mult = -c / a;
+      if (mw.rowstate[r] != 0 || std::fabs(mw.cval[p]) <= 1e-13) continue;
+      fn(r, mw.cval[p], mw.dense[j]);
     }
   }
+}
+
+// The next row to aggregate and its multiplier, or -1: a row in which the
+// column is the only one away from its bounds, else the row that moves the
+// aggregate least away from its bounds.
+int nextrow(const mirwork &mw, double *mult) {
+  int best = -1, bestcnti = 0;
+  eachpair(mw, [&](int r, double a, double c) {
+    double v = std::fabs(c) / std::fabs(a);
+    if (mw.cntc[r] != 1 || !(v > 0.1 && v * 0.1 < 1.0)) return;
+    if (best < 0 || mw.cnti[r] < bestcnti) best = r, bestcnti = mw.cnti[r], *mult = -c / a;
+  });
   if (best >= 0) return best;
   double bestscore = 1e75;
-  for (int j : mw.list) {
-    if (j >= n || !(mw.bddist[j] > 0)) continue;
-    double c = mw.dense[j];
-    for (int p = mw.cbeg[j]; p < mw.cbeg[j + 1]; ++p) {
-      int r = mw.cind[p];
-      double a = mw.cval[p];
-      if (mw.rowstate[r] != 0 || std::fabs(a) <= 1e-13) continue;
-      double m = -c / a;
-      if (!(std::fabs(m) >= 0.1 && std::fabs(m) * 0.1 <= 1.0)) continue;
-      double score = 0.0;
-      for (int q = mw.rbeg[r]; q < mw.rbeg[r + 1]; ++q) {
-        int k = mw.rind[q];
-        double ak = mw.rval[q], ck = mw.dense[k];
-        score += ck != 0.0 ? mw.bddist[k] * (std::fabs(m * ak + ck) - std::fabs(ck))
-                           : mw.bddist[k] * std::fabs(m * ak);
-      }
-      if (score < bestscore) bestscore = score, best = r, *mult = m;
+  eachpair(mw, [&](int r, double a, double c) {
+    double m = -c / a;
+    if (!(std::fabs(m) >= 0.1 && std::fabs(m) * 0.1 <= 1.0)) return;
+    double score = 0.0;
+    for (int q = mw.rbeg[r]; q < mw.rbeg[r + 1]; ++q) {
+      int k = mw.rind[q];
+      double ak = mw.rval[q], ck = mw.dense[k];
+      score += ck != 0.0 ? mw.bddist[k] * (std::fabs(m * ak + ck) - std::fabs(ck))
+                         : mw.bddist[k] * std::fabs(m * ak);
     }
-  }
+    if (score < bestscore) bestscore = score, best = r, *mult = m;
+  });
   return best;
 }
 

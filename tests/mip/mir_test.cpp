@@ -357,3 +357,48 @@ TEST_F(MirLoopTest, IntegerModelsReachTheEnumeratedOptimumWithValidCuts) {
 
 }  // namespace
 }  // namespace miptest
+
+namespace miptest {
+namespace {
+
+// Automatic Gomory cuts run only when the model has fewer than ten columns
+// per row (or VLT_PARAM_FRACPASS asks for passes); class 1 runs them always.
+TEST_F(MirLoopTest, AutomaticGomoryCutsSkipWideModels) {
+  dense d;
+  const int n = 12;
+  d.objsen = -1;
+  std::vector<double> row;
+  for (int j = 0; j < n; ++j) {
+    d.c.push_back(static_cast<double>(5 + (7 * j) % 11));
+    d.lb.push_back(0.0);
+    d.ub.push_back(3.0);
+    row.push_back(static_cast<double>(4 + (5 * j) % 13));
+  }
+  d.ctype = std::string(n, 'I');
+  d.a = {row};
+  d.sense = {'L'};
+  d.rhs = {40.5};
+  auto gomoryrows = [&](int cls, int fracpass) {
+    TearDown();
+    SetUp();
+    loaddense(env, lp, d);
+    VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 0);
+    VLTsetintparam(env, VLT_PARAM_COVERS, -1);
+    VLTsetintparam(env, VLT_PARAM_GUBCOVERS, -1);
+    VLTsetintparam(env, VLT_PARAM_MIRCUTS, -1);
+    VLTsetintparam(env, VLT_PARAM_FLOWCOVERS, -1);
+    VLTsetintparam(env, VLT_PARAM_FRACCUTS, cls);
+    VLTsetintparam(env, VLT_PARAM_FRACPASS, fracpass);
+    VLTsetintparam(env, VLT_PARAM_NODELIM, 1);
+    EXPECT_EQ(VLTmipopt(env, lp), 0);
+    mipwork *w = lp->mip->work;
+    return w && w->cuts ? w->cuts->pool.typecount[kCutFrac] +
+                              w->cuts->purgepool.count() : -1;
+  };
+  EXPECT_EQ(gomoryrows(0, 0), 0);
+  EXPECT_GT(gomoryrows(1, 0), 0);
+  EXPECT_GT(gomoryrows(0, 1), 0);
+}
+
+}  // namespace
+}  // namespace miptest
