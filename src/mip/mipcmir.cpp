@@ -205,8 +205,6 @@ bool cmir(const mircols &w, int n, double rhs, const int *cols, const double *va
     amax = std::max(amax, a), amin = std::min(amin, a);
     act += out.val[p] * w.x[out.ind[p]];
   }
-  // A hair of slack against rounding in the arithmetic above.
-  out.rhs += 1e-9 * std::max(1.0, std::fabs(out.rhs));
   double viol = (act - out.rhs) / amax, v = std::fabs(minviol);
   if (!(amin * 1e6 > amax) || !(viol > v)) return false;
   if (minviol < 0.0 && viol < v * static_cast<double>(out.ind.size())) return false;

@@ -210,7 +210,6 @@ bool flowcover(const mircols &w, int n, double rhs0, const int *cols, const doub
   for (const auto &t : terms) out.ind.push_back(t.first), out.val.push_back(t.second);
   cutrelax(out, w.lb, w.ub, 1e-6);
   if (out.ind.empty()) return false;
-  out.rhs += 1e-9 * std::max(1.0, std::fabs(out.rhs));
   double act = 0.0;
   for (size_t p = 0; p < out.ind.size(); ++p) act += out.val[p] * w.x[out.ind[p]];
   viol = act - out.rhs;

@@ -163,7 +163,6 @@ bool gomorycut(env *e, lp *q, const tableau &t, const char *ctype, int pos, int 
     if (std::fabs(cut.val[p]) < tol) return false;
     act += cut.val[p] * t.x[cut.ind[p]];
   }
-  cut.rhs += 1e-9 * std::max(1.0, std::fabs(cut.rhs));
   return act - cut.rhs >= tol;
 }
 
