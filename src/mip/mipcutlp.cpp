@@ -8,6 +8,8 @@
 #include "env/files.h"
 #include "env/par.h"
 #include "mip/mipcliq.h"
+#include "mip/mipcuts.h"
+#include "mip/mipmir.h"
 #include "model/store.h"
 
 namespace velto {
@@ -18,7 +20,8 @@ namespace {
 
 // Mask bits of the dispatcher.
 enum : int {
-  kMaskCover = 0x1, kMaskGub = 0x2, kMaskClique = 0x8, kMaskImplBd = 0x100, kMaskLocal = 0x200,
+  kMaskCover = 0x1, kMaskGub = 0x2, kMaskClique = 0x8, kMaskFrac = 0x10, kMaskFlow = 0x20,
+  kMaskImplBd = 0x100, kMaskLocal = 0x200,
   kMaskLazy = 0x800, kMaskPurged = 0x1000
 };
 
@@ -139,6 +142,22 @@ int cutround(miprun &r, cutwork &cw, const cutpoint &pt, int mask, int limit, in
     counters[kCutImplBd] += cnt;
     budget -= cnt;
   }
+  if ((mask & kMaskFlow) && budget > 0) {
+    int cnt[2] = {0, 0};
+    int st = mirround(cw, r.w->rowclass, pt.x.data(), r.bb->ns.glb.data(), r.bb->ns.gub.data(),
+                      lim(), cw.flowmode, r.e->mipparams->aggcutlim, cnt);
+    if (st) return st;
+    counters[kCutFlow] += cnt[0];
+    counters[kCutMir] += cnt[1];
+    budget -= cnt[0] + cnt[1];
+  }
+  if ((mask & kMaskFrac) && budget > 0) {
+    int cnt = 0;
+    int st = gomoryround(r, cw, cw.cls[kClsFrac], lim(), &cnt);
+    if (st) return st;
+    counters[kCutFrac] += cnt;
+    budget -= cnt;
+  }
   if ((mask & kMaskLazy) && budget > 0) {
     int cnt = 0;
     int st = cutseparate(cw.lazypool, pt.x.data(), 0.1, lim(), cw.pool, 0, &cnt);
@@ -153,6 +172,21 @@ int cutround(miprun &r, cutwork &cw, const cutpoint &pt, int mask, int limit, in
     counters[kCutPurged] += cnt;
   }
   return 0;
+}
+
+// Which of flow covers and MIR cuts a row gets: 0 each row chooses, 1 flow
+// covers, 2 MIR, 3 both; from the classes of the two families.
+int flowmode(int flow, int mir) {
+  if (flow < 0) return 2;
+  if (flow == 0) return mir < 0 ? 1 : mir == 0 ? 0 : 2;
+  return mir > 0 ? 3 : 1;
+}
+
+// Root passes of Gomory cuts for the class.
+int gomorypasses(int cls, int fracpass, int baserows, int ncols) {
+  if (cls < 0) return 0;
+  if (cls == 0) return fracpass != 0 ? fracpass : (10 * baserows > ncols ? 2 : 0);
+  return cls == 1 ? 1 : 5;
 }
 
 int sum14(const int c[kCutTypes]) {
@@ -233,6 +267,7 @@ int cutsetup(miprun &r) {
   cutsetinit(cw->pool, cw->baserows, 1, 1);
   cutsetinit(cw->localpool, cw->baserows, 0, 1);
   if (!cw->cliques.built) cutmodelbuild(r.p, w->rc, cw->cm);
+  if (w->rowclass.empty()) rowclassbuild(r.p, w->rowclass);
   const double *glb = r.bb->ns.glb.data(), *gub = r.bb->ns.gub.data();
   if (cw->cls[kClsCover] >= 0 || cw->cls[kClsLocalCover] >= 0) {
     if (coverscan(*cw, glb, gub) == 0) cw->cls[kClsCover] = cw->cls[kClsLocalCover] = -1;
@@ -311,8 +346,11 @@ int rootcutloop(miprun &r, bbnode *root) {
   if (cw.cls[kClsCover] >= 0) mask |= kMaskCover;
   if (cw.cls[kClsClique] >= 0) mask |= kMaskClique;
   if (cw.cls[kClsImplBd] >= 0) mask |= kMaskImplBd;
+  if (cw.cls[kClsFlow] >= 0 || cw.cls[kClsMir] >= 0) mask |= kMaskFlow;
   if (cw.purgepool.count() > 0) mask |= kMaskPurged;
   if (cw.lazypool.count() > 0) mask |= kMaskLazy;
+  cw.flowmode = flowmode(cw.cls[kClsFlow], cw.cls[kClsMir]);
+  int fracpasses = gomorypasses(cw.cls[kClsFrac], mp->fracpass, cw.baserows, r.n);
   const int maxpass = mp->cutpass != 0 ? mp->cutpass : (ctl.emphasis == 1 ? 3 : 2100000000);
   int lastcuts = 0, pass = 0;
   int counters[kCutTypes] = {};
@@ -336,8 +374,10 @@ int rootcutloop(miprun &r, bbnode *root) {
       double rise = pt.obj - oldobj;
       keep = (std::fabs(oldobj) + std::fabs(pt.obj)) * 1e-5 < rise || oldiinf > ctl.iinf ||
              mp->cutpass > 0;
+      keep = keep || ((cw.cls[kClsFrac] >= 1 || mp->fracpass >= 1) && counters[kCutFrac] > 0 &&
+                      fracpasses > 0);
     }
-    if (lastcuts > 0 && !keep) mask = 0;
+    if (lastcuts > 0 && !keep) mask = fracpasses = 0;
     bool newinc = false;
     if (pt.verdict == 0 && (code = offer(r, pt, &newinc)) != 0) break;
     if (pt.verdict == 4 || (pt.verdict == 0 && !newinc))
@@ -356,9 +396,15 @@ int rootcutloop(miprun &r, bbnode *root) {
     root->bound = std::max(root->bound, pt.obj);
     oldobj = pt.obj;
     oldiinf = ctl.iinf;
-    if (pt.verdict == 4 && mask != 0) {
+    if (pt.verdict == 4 && (mask != 0 || fracpasses > 0)) {
       int budget = cw.maxcuts - numrows(r);
       if ((code = cutround(r, cw, pt, mask, 500, budget, counters, nullptr)) != 0) break;
+      for (int k = 0; k < kCutTypes; ++k) budget -= counters[k];
+      if (fracpasses > 0 && counters[kCutDisj] == 0) {
+        if ((code = cutround(r, cw, pt, kMaskFrac, mp->fraccand, budget, counters, nullptr)) != 0)
+          break;
+        --fracpasses;
+      }
       if ((code = cutsetmerge(cw.pool, 0, &cw.cutmark, nullptr)) != 0) break;
       bool names = r.q->core->rowname != nullptr;
       if ((code = cutsetapply(e, r.q, cw.pool, 0, names)) != 0) break;
@@ -394,7 +440,8 @@ int rootcutloop(miprun &r, bbnode *root) {
     int cls, type, par;
   } fam[] = {{kClsGub, kCutGub, mp->gubcovers},     {kClsCover, kCutCover, mp->covers},
              {kClsLocalCover, kCutLocalCover, mp->localcovers},
-             {kClsClique, kCutClique, mp->cliques},   {kClsImplBd, kCutImplBd, mp->implbd}};
+             {kClsClique, kCutClique, mp->cliques},   {kClsImplBd, kCutImplBd, mp->implbd},
+             {kClsFlow, kCutFlow, mp->flowcovers},  {kClsMir, kCutMir, mp->mircuts}};
   for (auto &f : fam)
     if (cw.pool.typecount[f.type] == 0 && f.par == 0) cw.cls[f.cls] = -1;
   for (auto &f : fam)
@@ -421,6 +468,8 @@ int nodecutloop(miprun &r, bbnode *node) {
   if (!(cw.cls[kClsCover] < 0 && cw.cls[kClsLocalCover] <= 1)) mask |= kMaskCover;
   if (cw.cls[kClsClique] > 1) mask |= kMaskClique;
   if (cw.cls[kClsImplBd] >= 0) mask |= kMaskImplBd;
+  if (!(cw.cls[kClsFlow] < 2 && cw.cls[kClsMir] <= 1)) mask |= kMaskFlow;
+  cw.flowmode = cw.cls[kClsFlow] == 2 ? (cw.cls[kClsMir] == 2 ? 3 : 1) : 2;
   if (cw.purgepool.count() > 0) mask |= kMaskPurged;
   if (cw.lazypool.count() > 0) mask |= kMaskLazy;
   if (mask == 0) return 0;

@@ -166,6 +166,7 @@ struct cutwork {
   std::shared_ptr<impltab> impl;  // implications of rows and probing
   cutmodel cm;
   int localapplied = 0;        // local covers that went into a node problem
+  int flowmode = 0;            // flow covers and MIR: 0 per row, 1 flow, 2 MIR, 3 both
   int applied[kCutTypes] = {};
   bool scanned = false;
 };

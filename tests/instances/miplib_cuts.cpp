@@ -166,13 +166,18 @@ TEST_P(MiplibCuts, NoCutRemovesTheKnownOptimum) {
   VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 0);
   // Every cover family at the root and at nodes, local covers too; clique
   // and implied-bound cuts everywhere, and the deepest probing, whose
-  // fixings come to the watcher as fixings.
+  // fixings come to the watcher as fixings; MIR cuts and flow covers (both
+  // tried on each row) at the root and nodes, Gomory cuts for five root
+  // passes.
   VLTsetintparam(env, VLT_PARAM_COVERS, 2);
   VLTsetintparam(env, VLT_PARAM_GUBCOVERS, 2);
   VLTsetintparam(env, VLT_PARAM_LOCALCOVERS, 2);
   VLTsetintparam(env, VLT_PARAM_CLIQUES, 2);
   VLTsetintparam(env, VLT_PARAM_IMPLBD, 2);
   VLTsetintparam(env, VLT_PARAM_PROBE, 3);
+  VLTsetintparam(env, VLT_PARAM_MIRCUTS, 2);
+  VLTsetintparam(env, VLT_PARAM_FLOWCOVERS, 2);
+  VLTsetintparam(env, VLT_PARAM_FRACCUTS, 2);
   velto::cutwatch.seen = seen;
   velto::cutwatch.ctx = &w;
   int rc = VLTmipopt(env, lp);

@@ -498,6 +498,10 @@ TEST_F(BB, ResumingOneNodeAtATimeLosesNoNode) {
     VLTsetintparam(env, VLT_PARAM_NODELIM, 1);
     VLTsetdblparam(env, VLT_PARAM_EPGAP, 0.0);
     VLTsetdblparam(env, VLT_PARAM_EPAGAP, 0.0);
+    // rounding cuts would close these models at the root: a tree is wanted
+    VLTsetintparam(env, VLT_PARAM_MIRCUTS, -1);
+    VLTsetintparam(env, VLT_PARAM_FLOWCOVERS, -1);
+    VLTsetintparam(env, VLT_PARAM_FRACCUTS, -1);
     int calls = 0;
     do {
       ASSERT_EQ(VLTmipopt(env, lp), 0);

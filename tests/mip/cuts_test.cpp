@@ -522,6 +522,9 @@ TEST_F(CutLogTest, FamiliesOffPrintNoSummaryAndAddNoRows) {
   VLTsetintparam(env, VLT_PARAM_MIPDISPLAY, 1);
   VLTsetintparam(env, VLT_PARAM_COVERS, -1);
   VLTsetintparam(env, VLT_PARAM_GUBCOVERS, -1);
+  VLTsetintparam(env, VLT_PARAM_MIRCUTS, -1);
+  VLTsetintparam(env, VLT_PARAM_FLOWCOVERS, -1);
+  VLTsetintparam(env, VLT_PARAM_FRACCUTS, -1);
   ASSERT_EQ(VLTmipopt(env, lp), 0);
   EXPECT_EQ(res.find("applied"), std::string::npos) << res;
   EXPECT_EQ(VLTgetnumrows(env, lp->mip->nodelp), VLTgetnumrows(env, lp));
