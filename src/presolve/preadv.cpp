@@ -280,6 +280,10 @@ int carry_objective(env *e, prerec *r, std::vector<double> &dc) {
           c = val[1] + r->objsen * t[j];
           for (int k = 3; k < u.len; ++k) t[ind[k]] -= t[j] * val[k] / val[0];
           break;
+        case kOpSubst:
+          j = u.index;
+          for (int k = u.cnt + 1; k < u.len; ++k) t[ind[k]] -= t[j] * val[k] / val[1];
+          break;
         default: break;
       }
       if (j < 0 || t[j] == 0.0) continue;
@@ -309,6 +313,16 @@ int carry_objective(env *e, prerec *r, std::vector<double> &dc) {
         val[1] += r->objsen * dc[j];
         for (int k = 3; k < u.len; ++k) dc[ind[k]] -= d * val[k];
         offset += d * val[2];
+        dc[j] = 0.0;
+        break;
+      }
+      case kOpSubst: {
+        const int j = u.index;
+        if (dc[j] == 0.0) break;
+        const double d = dc[j] / val[1];
+        val[0] += dc[j];
+        for (int k = u.cnt + 1; k < u.len; ++k) dc[ind[k]] -= d * val[k];
+        offset += d * val[u.cnt];
         dc[j] = 0.0;
         break;
       }

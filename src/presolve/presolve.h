@@ -17,6 +17,7 @@ enum : int {
   kOpForceMin = 9, kOpForceMax = 10,
   kOpFreeSingleton = 11, kOpFreeEmpty = 12,
   kOpSlackLower = 13, kOpSlackUpper = 14,
+  kOpSubst = 15, kOpMoveLower = 16, kOpMoveUpper = 17, kOpMoveBoth = 18,
 };
 
 // Cost conditions of columns removed by dual reasoning (c in the
@@ -53,6 +54,8 @@ struct prerec {
   int aggind, depind;
   int dualform, predual;
   int bndstren, aggfill;
+  int aggsorted;      // the aggregator visits rows shortest first
+  double aggtol;      // smallest pivot relative to its column's entries
   double feastol, opttol, inttol;
   // counters
   int rowsgone, colsgone, coefchanged, subst, bndimproved;
@@ -82,6 +85,10 @@ struct prerec {
   // Entries in removed columns of rows added after presolve: per column,
   // (row, coefficient).  Empty until rows are added.
   std::vector<std::vector<std::pair<int, double>>> addedcol;
+  // For each range column (index ncolsorig + t): its row, and the row's
+  // structural entries as loaded at [rangebeg[t], rangebeg[t + 1]).
+  std::vector<int> rangerow, rangebeg, rangeind;
+  std::vector<double> rangeval;
   // the model as loaded (ranged rows as "E" with their range column)
   std::vector<double> origlb, origub, origobj, origrhs;
   std::vector<char> origsense;
@@ -126,6 +133,10 @@ int remove_column(env *e, prerec *r, lp *p, int j, int position);
 int remove_row(env *e, prerec *r, lp *p, int i, int recheck);
 int column_test(env *e, prerec *r, lp *p, int j);
 void implied_bounds(const prerec *r, int j, double *lo, double *hi);
+// Largest (smallest) activity of row i without the term a of column j; false
+// when more than that term is infinite.
+bool rowmax_without(const prerec *r, int i, int j, double a, double *out);
+bool rowmin_without(const prerec *r, int i, int j, double a, double *out);
 
 inline bool frozencol(const prerec *r, int j) { return !r->frozen.empty() && r->frozen[j]; }
 // Whether cost c (minimization sign) still meets the condition under which
@@ -149,12 +160,19 @@ int pre_duplicate_rows(env *e, prerec *r, lp *p);
 int pre_duplicate_columns(env *e, prerec *r, lp *p);
 int pre_dominated_columns(env *e, prerec *r, lp *p);
 int pre_dual_bounds(env *e, prerec *r, lp *p);
+
+// ---- aggregat.cpp ---------------------------------------------------------------
+// Substitutes equality rows out with one of their columns: free and implied
+// free columns, and doubleton equations with the bounds of the eliminated
+// column moved onto the survivor.  0, 1001 or 1106.
 int pre_aggregate(env *e, prerec *r, lp *p);
 
 // ---- presolve.cpp -------------------------------------------------------------
 // The driver: reduces the model of p on behalf of `method`.  0, 1001, 1101,
 // 1117, 1118, 1106.  On return p->presolve is null when nothing was reduced.
 int presolve_run(env *e, lp *p, int method);
+// The abort word and the progress callback: 1106 asks to stop.
+int pre_poll(env *e, const prerec *r, lp *p);
 // Optimizer entry with presolve: reduces, runs `kernel` on the reduced
 // problem, maps the basis back and lets `kernel` clean up on p.  Runs `kernel`
 // on p alone when presolve is off or a start is to be used.

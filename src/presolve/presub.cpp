@@ -9,36 +9,6 @@ namespace velto {
 
 namespace {
 
-// Activity of row i without the term of column j (coefficient a); false when
-// more than that term is infinite.
-bool rowmax_without(const prerec *r, int i, int j, double a, double *out) {
-  double l = r->lb[j], u = r->ub[j];
-  bool own_inf = a > 0 ? u >= kInfBound : l <= -kInfBound;
-  if (r->rowmaxinf[i] == 0) {
-    *out = r->rowmaxfin[i] - a * (a > 0 ? u : l);
-    return true;
-  }
-  if (r->rowmaxinf[i] == 1 && own_inf) {
-    *out = r->rowmaxfin[i];
-    return true;
-  }
-  return false;
-}
-
-bool rowmin_without(const prerec *r, int i, int j, double a, double *out) {
-  double l = r->lb[j], u = r->ub[j];
-  bool own_inf = a > 0 ? l <= -kInfBound : u >= kInfBound;
-  if (r->rowmininf[i] == 0) {
-    *out = r->rowminfin[i] - a * (a > 0 ? l : u);
-    return true;
-  }
-  if (r->rowmininf[i] == 1 && own_inf) {
-    *out = r->rowminfin[i];
-    return true;
-  }
-  return false;
-}
-
 // The one live entry of row i.
 bool single_entry(const prerec *r, int i, int *pj, double *pa) {
   for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k) {
@@ -410,6 +380,5 @@ int pre_duplicate_rows(env *, prerec *, lp *) { return 0; }
 int pre_duplicate_columns(env *, prerec *, lp *) { return 0; }
 int pre_dominated_columns(env *, prerec *, lp *) { return 0; }
 int pre_dual_bounds(env *, prerec *, lp *) { return 0; }
-int pre_aggregate(env *, prerec *, lp *) { return 0; }
 
 }  // namespace velto

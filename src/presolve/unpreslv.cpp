@@ -155,6 +155,56 @@ void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
         }
         break;
       }
+      case kOpSubst: {
+        // The column leaves with its row: its value from the row, the row's
+        // dual from the column's reduced cost being zero.
+        const int j = u.index, i = ind[1];
+        const double piv = val[1];
+        const int cp = u.cnt;
+        double s = val[cp];
+        for (int k = cp + 1; k < len; ++k) s -= val[k] * x[ind[k]];
+        x[j] = s / piv;
+        double d = sgn * val[0] - added(j);
+        for (int k = 2; k < cp; ++k) d -= val[k] * pi[ind[k]];
+        pi[i] = d / piv;
+        dj[j] = 0.0;
+        cs[j] = 1;
+        rs[i] = 0;
+        break;
+      }
+      case kOpMoveLower:
+      case kOpMoveUpper:
+      case kOpMoveBoth: {
+        // The survivor of a doubleton carries bounds of the eliminated
+        // column: at such a bound the eliminated column is the one at its
+        // bound and the survivor is basic.
+        const int i = u.index, s = ind[0], el = ind[1];
+        const double as = val[0], ae = val[1];
+        x[el] = (val[2] - as * x[s]) / ae;
+        bool act;
+        const int old = cs[s];
+        if (basis) {
+          if (old == 1) break;
+          act = old == 0 ? u.op != kOpMoveUpper : old == 2 ? u.op != kOpMoveLower : u.op == kOpMoveBoth;
+        } else {
+          act = (u.op == kOpMoveLower && dj[s] >= 0) || (u.op == kOpMoveUpper && dj[s] <= 0) ||
+                (u.op == kOpMoveBoth && dj[s] != 0.0);
+        }
+        if (!act) break;
+        const double q = dj[s] / as;
+        pi[i] += q;
+        dj[el] = -q * ae;
+        dj[s] = 0.0;
+        if (basis) {
+          cs[s] = 1;
+          if (dj[el] < -epopt) cs[el] = 2;
+          else if (dj[el] > epopt) cs[el] = 0;
+          else if (old == 0) cs[el] = as * ae >= 0 ? 2 : 0;
+          else if (old == 2) cs[el] = as * ae > 0 ? 0 : 2;
+          else cs[el] = -1;
+        }
+        break;
+      }
       default:
         break;
     }
@@ -216,7 +266,7 @@ int postsolve_basis(env *e, lp *p) {
     }
     for (int i = 0; i < m; ++i) rstat[i] = ps.rstat[i] == 1 ? 1 : 0;
     for (int j = n; j < r->ncols; ++j) {
-      int i = r->cind[r->cbeg[j]];
+      int i = r->rangerow[j - n];
       int s = ps.cstat[j];
       if (s < 0 || s > 2) s = 0;
       if (rstat[i] != 1) rstat[i] = s;
@@ -255,12 +305,10 @@ void range_values(const prerec *r, const double *x, std::vector<double> &full) {
   full.assign(r->ncols, 0.0);
   std::copy(x, x + n, full.begin());
   for (int j = n; j < r->ncols; ++j) {
-    int i = r->cind[r->cbeg[j]];
+    const int t = j - n;
     double act = 0.0;
-    for (int q = 0; q < n; ++q)
-      for (int k = r->cbeg[q]; k < r->cbeg[q] + r->clen[q]; ++k)
-        if (r->cind[k] == i) act += r->cval[k] * x[q];
-    full[j] = act - r->origrhs[i];
+    for (int k = r->rangebeg[t]; k < r->rangebeg[t + 1]; ++k) act += r->rangeval[k] * x[r->rangeind[k]];
+    full[j] = act - r->origrhs[r->rangerow[t]];
   }
 }
 
@@ -290,6 +338,13 @@ void column_definitions(const prerec *r, std::vector<coldef> &defs) {
       case kOpSlackUpper: {
         coldef d{ind[0], val[2] / val[0], {}};
         for (int k = 3; k < u.len; ++k) d.terms.emplace_back(ind[k], -val[k] / val[0]);
+        defs.push_back(std::move(d));
+        break;
+      }
+      case kOpSubst: {
+        const int cp = u.cnt;
+        coldef d{u.index, val[cp] / val[1], {}};
+        for (int k = cp + 1; k < u.len; ++k) d.terms.emplace_back(ind[k], -val[k] / val[1]);
         defs.push_back(std::move(d));
         break;
       }
@@ -588,11 +643,10 @@ int VLTuncrushform(VLTENVptr env, VLTLPptr lp, int plen, const int *pind, const 
         continue;
       }
       // A range column is the row's activity less its right-hand side.
-      int i = r->cind[r->cbeg[j]];
-      offset -= pval[k] * r->origrhs[i];
-      for (int q = 0; q < r->ncolsorig; ++q)
-        for (int t = r->cbeg[q]; t < r->cbeg[q] + r->clen[q]; ++t)
-          if (r->cind[t] == i) add(q, pval[k] * r->cval[t]);
+      const int t = j - r->ncolsorig;
+      offset -= pval[k] * r->origrhs[r->rangerow[t]];
+      for (int q = r->rangebeg[t]; q < r->rangebeg[t + 1]; ++q)
+        add(r->rangeind[q], pval[k] * r->rangeval[q]);
     }
     int cnt = 0;
     for (int j : list) {

@@ -153,4 +153,71 @@ TEST(PresolveReductions, RangedRowsAndEmptyRows) {
   expect_reduced_optimum(d, -5);
 }
 
+// ---- the aggregator ------------------------------------------------------------
+
+bool has_line(const std::string &log, const std::string &line) {
+  return log.find(line) != std::string::npos;
+}
+
+TEST(PresolveAggregator, FreeColumnInTwoRowsIsSubstitutedOut) {
+  // y = 4 - x1 - x2 leaves min 8 - x1 - x2 with 2 x1 + x2 <= 3.
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF), y = d.col(2, -INF, INF);
+  d.row({{x1, 1}, {x2, 1}, {y, 1}}, 'E', 4);
+  d.row({{y, 1}, {x1, -1}}, 'G', 1);
+  expect_reduced_optimum(d, 5);
+  outcome o = solve(d);
+  EXPECT_TRUE(has_line(o.res, "Aggregator did 1 substitutions.\n")) << o.res;
+  ASSERT_EQ(o.pcstat.size(), 3u);
+  EXPECT_EQ(o.pcstat[y], -4) << "a substituted column is a linear function of others";
+  EXPECT_EQ(o.prstat[0], -2);
+}
+
+TEST(PresolveAggregator, DoubletonMovesTheEliminatedBoundOntoTheSurvivor) {
+  // x2 = x1/2 with x2 <= 3 caps x1 at 6, and the optimum sits on that cap.
+  lpdef d;
+  d.objsen = -1;
+  int x1 = d.col(1, 0, 10), x2 = d.col(0.05, 0, 3), x3 = d.col(0.1, 0, INF);
+  d.row({{x1, 1}, {x2, -2}}, 'E', 0);
+  d.row({{x1, 1}, {x3, 1}}, 'L', 8);
+  expect_reduced_optimum(d, 6.35);
+  outcome o = solve(d);
+  EXPECT_TRUE(has_line(o.res, "Aggregator did 1 substitutions.\n")) << o.res;
+  EXPECT_EQ(o.cstat[x2], 2) << "the eliminated column holds the bound";
+  EXPECT_EQ(o.cstat[x1], 1);
+  EXPECT_NEAR(o.x[x2], 3, 1e-12);
+}
+
+TEST(PresolveAggregator, DoubletonMovesBothBoundsAndTheLowerOneHolds) {
+  // x1 + x2 = 5 with x2 in [1, 3] keeps x1 in [2, 4]; min 2.5 + 0.5 x1 +
+  // 0.2 x3 with x1 + x3 >= 3 puts x1 on the moved lower bound.
+  lpdef d;
+  int x1 = d.col(1, 0, 10), x2 = d.col(0.5, 1, 3), x3 = d.col(0.2, 0, INF);
+  d.row({{x1, 1}, {x2, 1}}, 'E', 5);
+  d.row({{x1, 1}, {x3, 1}}, 'G', 3);
+  expect_reduced_optimum(d, 3.7);
+  outcome o = solve(d);
+  EXPECT_TRUE(has_line(o.res, "Aggregator did 1 substitutions.\n")) << o.res;
+  EXPECT_EQ(o.cstat[x2], 2);
+}
+
+TEST(PresolveAggregator, OffWithAggindZero) {
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF), y = d.col(2, -INF, INF);
+  d.row({{x1, 1}, {x2, 1}, {y, 1}}, 'E', 4);
+  d.row({{y, 1}, {x1, -1}}, 'G', 1);
+  vtest::Env env;
+  int st = 0;
+  VLTLPptr lp = VLTcreateprob(env, &st, "agg");
+  VLTsetintparam(env, VLT_PARAM_AGGIND, 0);
+  ASSERT_EQ(d.load(env, lp), 0);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  EXPECT_TRUE(has_line(env.res.all(), "Tried aggregator 0 times.\n")) << env.res.all();
+  EXPECT_FALSE(has_line(env.res.all(), "Aggregator did")) << env.res.all();
+  double obj = 0;
+  VLTgetobjval(env, lp, &obj);
+  EXPECT_NEAR(obj, 5, 1e-9);
+  VLTfreeprob(env, &lp);
+}
+
 }  // namespace
