@@ -18,6 +18,7 @@ enum : int {
   kOpFreeSingleton = 11, kOpFreeEmpty = 12,
   kOpSlackLower = 13, kOpSlackUpper = 14,
   kOpSubst = 15, kOpMoveLower = 16, kOpMoveUpper = 17, kOpMoveBoth = 18,
+  kOpMergeCols = 21, kOpMergeRows = 22,
 };
 
 // Cost conditions of columns removed by dual reasoning (c in the
@@ -26,6 +27,7 @@ enum : int {
 enum : char {
   kDualNone = 0, kDualBelowFeas = 1, kDualAboveFeas = 2, kDualAtLeast = 3, kDualAtMost = 4,
   kDualZero = 5,
+  kDualPaired = 6,  // removed for a parallel column: any cost change undoes it
 };
 
 // Values of colmap for removed columns.
@@ -82,6 +84,9 @@ struct prerec {
   // For a column removed by reasoning on the sign of its cost, the condition
   // that its cost met (kDual...); 0 for the others.
   std::vector<char> dualgone;
+  // 1 for a column kept for a merged pair of parallel columns: it stands
+  // for both and no longer for itself alone.  Empty until a merge.
+  std::vector<char> merged;
   // Entries in removed columns of rows added after presolve: per column,
   // (row, coefficient).  Empty until rows are added.
   std::vector<std::vector<std::pair<int, double>>> addedcol;
@@ -132,6 +137,8 @@ inline const double *rec_val(const prerec *r, const undorec &u) { return r->logv
 int remove_column(env *e, prerec *r, lp *p, int j, int position);
 int remove_row(env *e, prerec *r, lp *p, int i, int recheck);
 int column_test(env *e, prerec *r, lp *p, int j);
+// Logs op (3, 4, 5 or 12) with the column's live entries, then removes it.
+int log_and_remove(env *e, prerec *r, lp *p, int j, int op, int position);
 void implied_bounds(const prerec *r, int j, double *lo, double *hi);
 // Largest (smallest) activity of row i without the term a of column j; false
 // when more than that term is infinite.
@@ -156,10 +163,12 @@ int pre_slack_columns(env *e, prerec *r, lp *p);
 int pre_implied_redundancy(env *e, prerec *r, lp *p);
 // Passes whose reductions are not part of this presolve yet: they remove
 // nothing.
-int pre_duplicate_rows(env *e, prerec *r, lp *p);
-int pre_duplicate_columns(env *e, prerec *r, lp *p);
 int pre_dominated_columns(env *e, prerec *r, lp *p);
 int pre_dual_bounds(env *e, prerec *r, lp *p);
+
+// ---- preadv.cpp: parallel rows and columns; 0, 1001 or 1101 ------------------
+int pre_duplicate_rows(env *e, prerec *r, lp *p);
+int pre_duplicate_columns(env *e, prerec *r, lp *p);
 
 // ---- aggregat.cpp ---------------------------------------------------------------
 // Substitutes equality rows out with one of their columns: free and implied

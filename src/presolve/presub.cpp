@@ -376,8 +376,6 @@ int pre_implied_redundancy(env *e, prerec *r, lp *p) {
   return 0;
 }
 
-int pre_duplicate_rows(env *, prerec *, lp *) { return 0; }
-int pre_duplicate_columns(env *, prerec *, lp *) { return 0; }
 int pre_dominated_columns(env *, prerec *, lp *) { return 0; }
 int pre_dual_bounds(env *, prerec *, lp *) { return 0; }
 

@@ -318,7 +318,7 @@ int remove_row(env *e, prerec *r, lp *p, int i, int recheck) {
 }
 
 // Logs a column removal with the column's live entries and removes it.
-static int log_and_remove(env *e, prerec *r, lp *p, int j, int op, int position) {
+int log_and_remove(env *e, prerec *r, lp *p, int j, int op, int position) {
   push_record(r, op, j, r->obj[j], r->lb[j], r->ub[j]);
   push_column_entries(r, j);
   return remove_column(e, r, p, j, position);
@@ -363,6 +363,7 @@ bool dual_condition_holds(const prerec *r, int cond, double c) {
     case kDualAtLeast: return c >= -r->opttol;
     case kDualAtMost: return c <= r->opttol;
     case kDualZero: return std::fabs(c) <= r->opttol;
+    case kDualPaired: return false;
     default: return true;
   }
 }

@@ -205,6 +205,51 @@ void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
         }
         break;
       }
+      case kOpMergeCols: {
+        // Split the merged value: the kept column as close to its share
+        // at the other's bound as its bounds allow.
+        const int j = u.index, q = ind[0];
+        const double rho = val[2], z = x[j];
+        const double ylo = std::min(val[0] / rho, val[1] / rho);
+        const double xp = std::min(std::max(z - ylo, u.low), u.up);
+        const double y = z - xp;
+        x[j] = xp;
+        x[q] = rho * y;
+        dj[q] = dj[j] / rho;
+        const int lowq = rho > 0 ? 0 : 2, upq = 2 - lowq;
+        const int sp = cs[j];
+        if (sp == 0 || sp == 2) {
+          cs[q] = sp == 0 ? lowq : upq;
+        } else if (sp == 1) {
+          const double tol = 1e-12 * (1 + std::fabs(xp));
+          if (std::fabs(xp - u.low) <= tol) {
+            cs[j] = 0;
+            cs[q] = 1;
+          } else if (std::fabs(xp - u.up) <= tol) {
+            cs[j] = 2;
+            cs[q] = 1;
+          } else {
+            cs[q] = std::fabs(y - ylo) <= 1e-12 * (1 + std::fabs(y)) ? lowq : upq;
+          }
+        } else {
+          cs[q] = -1;
+        }
+        break;
+      }
+      case kOpMergeRows: {
+        // The equation stands for two parallel rows; a dual of the wrong
+        // sign for the first row belongs to the second.
+        const int i1 = u.index, i2 = ind[2];
+        const char s1 = static_cast<char>(ind[0]);
+        if (basis && rs[i1] == 1) break;
+        if ((s1 == 'L' && pi[i1] > epopt) || (s1 == 'G' && pi[i1] < -epopt)) {
+          pi[i2] = pi[i1] * val[2];
+          pi[i1] = 0.0;
+          rs[i2] = rs[i1];
+          rs[i1] = 1;
+        }
+        break;
+      }
       default:
         break;
     }
@@ -377,6 +422,7 @@ int velto::crush_linear(const prerec *r, int len, const int *ind, const double *
   for (int k = 0; k < len; ++k) {
     if (std::fabs(val[k]) < 1e-13) continue;
     if (r->colmap[ind[k]] == kMapNonlinear) return 1121;
+    if (!r->merged.empty() && r->merged[ind[k]]) return 1121;
     add(ind[k], val[k]);
     expand |= r->colmap[ind[k]] < 0;
   }
@@ -414,6 +460,9 @@ int VLTcrushx(VLTENVptr env, VLTLPptr lp, const double *x, double *redx) {
     const prerec *r = lp->presolve;
     std::vector<double> full;
     range_values(r, x, full);
+    // A merged pair of parallel columns is one column of the reduced problem.
+    for (const undorec &u : r->log)
+      if (u.op == kOpMergeCols) full[u.index] += full[rec_ind(r, u)[0]] / rec_val(r, u)[2];
     for (int j = 0; j < r->ncols; ++j)
       if (r->colmap[j] >= 0) redx[r->colmap[j]] = full[j];
     return 0;
@@ -442,8 +491,12 @@ int VLTcrushpi(VLTENVptr env, VLTLPptr lp, const double *pi, double *redpi) {
     if (pi == nullptr || redpi == nullptr) return static_cast<int>(kNullPointer);
     const prerec *r = lp->presolve;
     if (r->dualform == 1) return 1119;
+    // Merged parallel rows: the equation carries both duals.
+    std::vector<double> full(pi, pi + r->nrows);
+    for (const undorec &u : r->log)
+      if (u.op == kOpMergeRows) full[u.index] += full[rec_ind(r, u)[2]] / rec_val(r, u)[2];
     for (int i = 0; i < r->nrows; ++i)
-      if (r->rowmap[i] >= 0) redpi[r->rowmap[i]] = pi[i];
+      if (r->rowmap[i] >= 0) redpi[r->rowmap[i]] = full[i];
     return 0;
   }));
 }
@@ -640,6 +693,10 @@ int VLTuncrushform(VLTENVptr env, VLTLPptr lp, int plen, const int *pind, const 
       if (j < 0) return 1120;
       if (j < r->ncolsorig) {
         add(j, pval[k]);
+        // A merged column stands for x_j + x_q / rho.
+        if (!r->merged.empty() && r->merged[j])
+          for (const undorec &u : r->log)
+            if (u.op == kOpMergeCols && u.index == j) add(rec_ind(r, u)[0], pval[k] / rec_val(r, u)[2]);
         continue;
       }
       // A range column is the row's activity less its right-hand side.

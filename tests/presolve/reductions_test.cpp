@@ -220,4 +220,74 @@ TEST(PresolveAggregator, OffWithAggindZero) {
   VLTfreeprob(env, &lp);
 }
 
+// ---- parallel rows and columns -----------------------------------------------------
+
+TEST(PresolveDuplicates, OppositeParallelRowsBecomeOneEquation) {
+  // x1 + 2 x2 <= 4 and -2 x1 - 4 x2 <= -8 meet in x1 + 2 x2 = 4; the dual
+  // belongs to the second row.
+  lpdef d;
+  int x1 = d.col(3, 0, INF), x2 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x2, 2}}, 'L', 4);
+  d.row({{x1, -2}, {x2, -4}}, 'L', -8);
+  expect_reduced_optimum(d, 2);
+  outcome o = solve(d);
+  EXPECT_EQ(o.prstat[1], -3) << "the second row is merged into the first";
+  EXPECT_EQ(o.pi[0], 0.0);
+  EXPECT_LT(o.pi[1], 0.0);
+}
+
+TEST(PresolveDuplicates, ParallelRowsThatCannotBothHold) {
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x2, 1}}, 'L', 1);
+  d.row({{x1, 2}, {x2, 2}}, 'G', 5);
+  outcome o = solve(d);
+  EXPECT_EQ(o.lpstat, 3);
+  EXPECT_TRUE(has_line(o.res, "Constraints 'r1' and 'r2' are inconsistent.\n")) << o.res;
+}
+
+TEST(PresolveDuplicates, LooserParallelRowGoes) {
+  lpdef d;
+  d.objsen = -1;
+  int x1 = d.col(1, 0, INF), x2 = d.col(2, 0, INF), x3 = d.col(1, 0, 1);
+  d.row({{x1, 1}, {x2, 1}, {x3, 1}}, 'L', 6);
+  d.row({{x1, 3}, {x2, 3}, {x3, 3}}, 'L', 12);  // x1 + x2 + x3 <= 4
+  d.row({{x1, 1}, {x2, -1}}, 'G', -1);
+  expect_reduced_optimum(d, 1.5 + 2 * 2.5);
+}
+
+TEST(PresolveDuplicates, FreeParallelColumnsWithProportionalCosts) {
+  lpdef d;
+  int x = d.col(1, -INF, INF), y = d.col(2, -INF, INF), w = d.col(1, 0, INF);
+  d.row({{x, 1}, {y, 2}, {w, 1}}, 'G', 2);
+  d.row({{x, 1}, {y, 2}, {w, -1}}, 'L', 6);
+  expect_reduced_optimum(d, 2);
+  outcome o = solve(d);
+  EXPECT_EQ(o.cstat[y], 3) << "the second column is taken free at zero";
+  EXPECT_EQ(o.x[y], 0.0);
+}
+
+TEST(PresolveDuplicates, FreeParallelColumnsWithOtherCostsAreUnbounded) {
+  lpdef d;
+  int x = d.col(1, -INF, INF), y = d.col(2, -INF, INF), w = d.col(1, 0, INF);
+  d.row({{x, 1}, {y, 1}, {w, 1}}, 'G', 2);
+  d.row({{x, 1}, {y, 1}, {w, -1}}, 'L', 6);
+  outcome o = solve(d);
+  EXPECT_EQ(o.lpstat, 2);
+  EXPECT_TRUE(has_line(o.res, "Duplicate columns x1 and x2 make problem unbounded.\n")) << o.res;
+}
+
+TEST(PresolveDuplicates, BoxedParallelColumnsMergeAndSplitBack) {
+  // x in [0, 2] and y in [0, 3] with column y = 2 column x and cost y = 2
+  // cost x: one column x + 2 y in [0, 8]; the optimum needs both.
+  lpdef d;
+  int x = d.col(1, 0, 2), y = d.col(2, 0, 3), w = d.col(3, 0, INF);
+  d.row({{x, 1}, {y, 2}, {w, 1}}, 'G', 5);
+  d.row({{x, 1}, {y, 2}, {w, -1}}, 'L', 7);
+  expect_reduced_optimum(d, 5);
+  outcome o = solve(d);
+  EXPECT_EQ(o.pcstat[y], -5) << "a merged column cannot be crushed";
+  EXPECT_NEAR(o.x[x] + 2 * o.x[y], 5, 1e-9);
+}
+
 }  // namespace
