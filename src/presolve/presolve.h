@@ -161,9 +161,10 @@ int pre_forcing_rows(env *e, prerec *r, lp *p);
 int pre_free_singletons(env *e, prerec *r, lp *p);
 int pre_slack_columns(env *e, prerec *r, lp *p);
 int pre_implied_redundancy(env *e, prerec *r, lp *p);
-// Passes whose reductions are not part of this presolve yet: they remove
-// nothing.
+// Columns that no row stops from moving the way their cost prefers go to
+// that bound.
 int pre_dominated_columns(env *e, prerec *r, lp *p);
+// Not part of this presolve yet: removes nothing.
 int pre_dual_bounds(env *e, prerec *r, lp *p);
 
 // ---- preadv.cpp: parallel rows and columns; 0, 1001 or 1101 ------------------

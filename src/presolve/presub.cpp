@@ -376,7 +376,39 @@ int pre_implied_redundancy(env *e, prerec *r, lp *p) {
   return 0;
 }
 
-int pre_dominated_columns(env *, prerec *, lp *) { return 0; }
+int pre_dominated_columns(env *e, prerec *r, lp *p) {
+  // Senses as the pass found them.
+  const std::vector<char> sense(r->sense);
+  for (int j = 0; j < r->ncols; ++j) {
+    if (r->colcnt[j] < 1 || frozencol(r, j)) continue;
+    // Rows that stop the column from growing (up) or shrinking (down).
+    bool up = false, down = false, eq = false;
+    for (int k = r->cbeg[j]; k < r->cbeg[j] + r->clen[j] && !eq; ++k) {
+      const int i = r->cind[k];
+      if (r->rowcnt[i] < 1) continue;
+      if (sense[i] == 'E' || r->sense[i] == 'E') {
+        eq = true;
+        break;
+      }
+      const double s = sense[i] == 'L' ? r->cval[k] : -r->cval[k];
+      if (s > 0) up = true;
+      else down = true;
+    }
+    if (eq) continue;
+    // With no row against it, the cost alone moves the column to a bound.
+    const double c = r->objsen * r->obj[j];
+    int st = 0;
+    if (!up && c <= 1e-10 && r->ub[j] < kInfBound) {
+      r->dualgone[j] = kDualAtMost;
+      st = log_and_remove(e, r, p, j, kOpAtUpper, 1);
+    } else if (!down && c >= -1e-10 && r->lb[j] > -kInfBound) {
+      r->dualgone[j] = kDualAtLeast;
+      st = log_and_remove(e, r, p, j, kOpAtLower, 0);
+    }
+    if (st) return st;
+  }
+  return 0;
+}
 int pre_dual_bounds(env *, prerec *, lp *) { return 0; }
 
 }  // namespace velto

@@ -135,7 +135,8 @@ TEST(PresolveReductions, SlackColumnsTurnEquationsIntoInequalities) {
 TEST(PresolveReductions, RowMadeRedundantByImpliedBounds) {
   lpdef d;
   d.objsen = -1;
-  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF), x3 = d.col(1, 0, INF), x4 = d.col(0, 0, INF);
+  // x4 earns a little, so that it has a reason to stay in the second row.
+  int x1 = d.col(1, 0, INF), x2 = d.col(1, 0, INF), x3 = d.col(1, 0, INF), x4 = d.col(0.5, 0, INF);
   d.row({{x1, 1}, {x3, 1}}, 'L', 2);
   d.row({{x2, 1}, {x4, 1}}, 'L', 3);
   d.row({{x1, 1}, {x2, 1}}, 'L', 10);
@@ -288,6 +289,28 @@ TEST(PresolveDuplicates, BoxedParallelColumnsMergeAndSplitBack) {
   outcome o = solve(d);
   EXPECT_EQ(o.pcstat[y], -5) << "a merged column cannot be crushed";
   EXPECT_NEAR(o.x[x] + 2 * o.x[y], 5, 1e-9);
+}
+
+// ---- dual reductions ----------------------------------------------------------------
+
+TEST(PresolveDualReductions, ColumnsNoRowHoldsBackGoToTheirBounds) {
+  // x3 only loosens its rows as it grows and its cost rewards growth: it
+  // goes to its upper bound; x4 only loosens as it shrinks at a positive
+  // cost: to its lower bound.
+  lpdef d;
+  int x1 = d.col(1, 0, INF), x2 = d.col(2, 0, INF), x3 = d.col(-1, 0, 4), x4 = d.col(1, -1, 5);
+  d.row({{x1, 1}, {x2, 1}, {x3, 1}, {x4, -1}}, 'G', 6);
+  d.row({{x1, 1}, {x2, -1}, {x3, -2}, {x4, 1}}, 'L', 1);
+  expect_reduced_optimum(d, 1 * 1 - 4 - 1);
+  outcome o = solve(d);
+  EXPECT_EQ(o.pcstat[x3], -2);
+  EXPECT_EQ(o.pcstat[x4], -1);
+  EXPECT_EQ(o.cstat[x3], 2);
+  EXPECT_EQ(o.cstat[x4], 0);
+  // Without dual reductions both stay for the optimizer.
+  outcome primal = solve(d, 1, 1);
+  ASSERT_EQ(primal.lpstat, 1);
+  EXPECT_NEAR(primal.obj, -4, 1e-9);
 }
 
 }  // namespace
