@@ -299,6 +299,65 @@ void substitute(prerec *r, aggrec &g, int i, const choice &ch) {
   ++r->subst;
 }
 
+// Whether the rows of column j, each with the other columns within their
+// bounds, keep it within its bounds.
+bool implied_free_by_rows(const prerec *r, const aggrec &g, int j) {
+  double ilo = -kInfBound, ihi = kInfBound, act;
+  for (int i : g.col[j]) {
+    const double a = coef_of(g.row[i], j);
+    if (std::fabs(a) <= 1e-10) continue;
+    const char s = r->sense[i];
+    if ((s == 'G' || s == 'E') && rowmax_without(r, i, j, a, &act)) {
+      const double t = (r->rhs[i] - act) / a;
+      if (a > 0) ilo = std::max(ilo, t);
+      else ihi = std::min(ihi, t);
+    }
+    if ((s == 'L' || s == 'E') && rowmin_without(r, i, j, a, &act)) {
+      const double t = (r->rhs[i] - act) / a;
+      if (a > 0) ihi = std::min(ihi, t);
+      else ilo = std::max(ilo, t);
+    }
+  }
+  const bool lofree = r->lb[j] <= -kInfBound || (ilo > -kInfBound && r->lb[j] <= ilo + 1e-9);
+  const bool upfree = r->ub[j] >= kInfBound || (ihi < kInfBound && r->ub[j] >= ihi - 1e-9);
+  return lofree && upfree;
+}
+
+// Short columns that their rows keep within bounds leave with their
+// shortest equation whose coefficient is large enough.
+int column_pass(prerec *r, aggrec &g) {
+  int done = 0;
+  for (int j = 0; j < r->ncols; ++j) {
+    const int k = r->colcnt[j];
+    if (k < 1 || k > 3 || frozencol(r, j)) continue;
+    bool haseq = false;
+    double big = 0.0;
+    for (int i : g.col[j]) {
+      haseq |= r->sense[i] == 'E' && g.row[i].size() >= 2;
+      big = std::max(big, std::fabs(coef_of(g.row[i], j)));
+    }
+    if (!haseq || !implied_free_by_rows(r, g, j)) continue;
+    const double limit = big * r->aggtol - 1e-10;
+    int best = -1;
+    double piv = 0.0;
+    for (int i : g.col[j]) {
+      if (r->sense[i] != 'E' || g.row[i].size() < 2) continue;
+      const double a = coef_of(g.row[i], j);
+      if (std::fabs(a) < limit || std::fabs(a) <= 1e-10) continue;
+      if (best >= 0 && g.row[i].size() >= g.row[best].size()) continue;
+      best = i;
+      piv = a;
+    }
+    if (best < 0 || !fill_ok(r, k, static_cast<int>(g.row[best].size()))) continue;
+    choice ch;
+    ch.sub = j;
+    ch.piv = piv;
+    substitute(r, g, best, ch);
+    ++done;
+  }
+  return done;
+}
+
 }  // namespace
 
 int pre_aggregate(env *e, prerec *r, lp *p) {
@@ -329,6 +388,8 @@ int pre_aggregate(env *e, prerec *r, lp *p) {
       }
       if (ok) substitute(r, g, i, ch);
     }
+    if (st) break;
+    column_pass(r, g);
     if (r->subst == before) break;
   }
   write_back(r, g);
