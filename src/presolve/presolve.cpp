@@ -231,6 +231,11 @@ int run_passes(env *e, prerec *r, lp *p) {
   // Rows the last pass left empty.
   if (primal) STEP(pre_empty_rows(e, r, p));
   STEP(pre_poll(e, r, p));
+  if (r->dualform == -1 && primal &&
+      (r->bndstren == 1 || (r->bndstren == -1 && r->method == 2 && r->ncolsorig >= 10001))) {
+    activity_all(r);
+    STEP(pre_strengthen_bounds(e, r, p));
+  }
 #undef STEP
   return 0;
 }
@@ -262,7 +267,16 @@ int presolve_run(env *e, lp *p, int method) {
   activity_all(r);
   const bool changed = r->rowsgone > 0 || r->colsgone > 0 || r->coefchanged > 0 || r->subst > 0;
   const bool show = r->simdisplay != 0;
-  if (!changed) {
+  if (!changed && !r->strengthened.empty() && r->bndstren != 1) {
+    // Strengthened bounds alone are worth a reduced problem only when they
+    // make enough infinite bounds finite.
+    int madefinite = 0;
+    for (int j = 0; j < r->ncols; ++j)
+      madefinite += ((r->strengthened[j] & 1) && r->origub[j] >= kInfBound) ||
+                    ((r->strengthened[j] & 2) && r->origlb[j] <= -kInfBound);
+    if (r->ncols > 10 * madefinite) std::vector<char>().swap(r->strengthened);
+  }
+  if (!changed && r->strengthened.empty()) {
     if (show && (r->preind || r->aggind))
       msg(e->reschannel, "No LP presolve or aggregator reductions.\n");
     presolve_free(e, p);

@@ -87,6 +87,10 @@ struct prerec {
   // 1 for a column kept for a merged pair of parallel columns: it stands
   // for both and no longer for itself alone.  Empty until a merge.
   std::vector<char> merged;
+  // Bound strengthening: per column bit 1 when the upper bound, bit 2 when
+  // the lower bound was moved in to the implied bound with a margin.  Empty
+  // when no bound moved.
+  std::vector<char> strengthened;
   // Entries in removed columns of rows added after presolve: per column,
   // (row, coefficient).  Empty until rows are added.
   std::vector<std::vector<std::pair<int, double>>> addedcol;
@@ -166,6 +170,10 @@ int pre_implied_redundancy(env *e, prerec *r, lp *p);
 int pre_dominated_columns(env *e, prerec *r, lp *p);
 // Not part of this presolve yet: removes nothing.
 int pre_dual_bounds(env *e, prerec *r, lp *p);
+// Moves bounds in to the bounds that the rows imply, less a margin of
+// 1e6 times the feasibility tolerance, so that the new bounds never hold
+// at a feasible point.  0 or 1101.
+int pre_strengthen_bounds(env *e, prerec *r, lp *p);
 
 // ---- preadv.cpp: parallel rows and columns; 0, 1001 or 1101 ------------------
 int pre_duplicate_rows(env *e, prerec *r, lp *p);

@@ -57,6 +57,32 @@ void log_row_definition(prerec *r, int op, int i, int j, double a) {
   }
 }
 
+// One sweep of the bounds that the rows imply, starting from implo and
+// imphi, with the row that gave each.
+void implied_sweep(const prerec *r, std::vector<double> &implo, std::vector<double> &imphi,
+                   std::vector<int> &srclo, std::vector<int> &srchi) {
+  for (int i = 0; i < r->nrows; ++i) {
+    if (r->rowcnt[i] < 1) continue;
+    const char s = r->sense[i];
+    for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k) {
+      int j = r->rind[k];
+      double a = r->rval[k];
+      if (!collive(r, j) || std::fabs(a) <= 1e-10) continue;
+      double act;
+      if ((s == 'L' || s == 'E') && rowmin_without(r, i, j, a, &act)) {
+        double t = (r->rhs[i] - act) / a;
+        if (a > 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
+        if (a < 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
+      }
+      if ((s == 'G' || s == 'E') && rowmax_without(r, i, j, a, &act)) {
+        double t = (r->rhs[i] - act) / a;
+        if (a > 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
+        if (a < 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
+      }
+    }
+  }
+}
+
 }  // namespace
 
 int pre_cleanup_columns(env *e, prerec *r, lp *p) {
@@ -309,27 +335,7 @@ int pre_implied_redundancy(env *e, prerec *r, lp *p) {
   } catch (const std::bad_alloc &) {
     return 0;
   }
-  // One sweep of the bounds the rows imply, remembering which row gave each.
-  for (int i = 0; i < m; ++i) {
-    if (r->rowcnt[i] < 1) continue;
-    const char s = r->sense[i];
-    for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k) {
-      int j = r->rind[k];
-      double a = r->rval[k];
-      if (!collive(r, j) || std::fabs(a) <= 1e-10) continue;
-      double act;
-      if ((s == 'L' || s == 'E') && rowmin_without(r, i, j, a, &act)) {
-        double t = (r->rhs[i] - act) / a;
-        if (a > 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
-        if (a < 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
-      }
-      if ((s == 'G' || s == 'E') && rowmax_without(r, i, j, a, &act)) {
-        double t = (r->rhs[i] - act) / a;
-        if (a > 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
-        if (a < 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
-      }
-    }
-  }
+  implied_sweep(r, implo, imphi, srclo, srchi);
   for (int i = 0; i < m; ++i) {
     if (r->rowcnt[i] < 2 || r->sense[i] == 'E' || pinned[i]) continue;
     double mn = 0.0, mx = 0.0;
@@ -410,5 +416,35 @@ int pre_dominated_columns(env *e, prerec *r, lp *p) {
   return 0;
 }
 int pre_dual_bounds(env *, prerec *, lp *) { return 0; }
+
+int pre_strengthen_bounds(env *e, prerec *r, lp *p) {
+  const int n = r->ncols;
+  std::vector<double> implo(r->lb), imphi(r->ub);
+  std::vector<int> srclo(n, -1), srchi(n, -1);
+  implied_sweep(r, implo, imphi, srclo, srchi);
+  const double margin = 1e6 * r->feastol;
+  std::vector<char> flag(n, 0);
+  bool any = false;
+  for (int j = 0; j < n; ++j) {
+    if (!collive(r, j)) continue;
+    if (implo[j] - imphi[j] > r->feastol) {
+      if (r->predisp)
+        msg(e->reschannel, "Bound infeasibility column '%.255s'.\n", pre_colname(r, p, j));
+      return 1101;
+    }
+    if (implo[j] > -kInfBound && r->lb[j] < implo[j] - margin) {
+      r->lb[j] = implo[j] - margin;
+      flag[j] |= 2;
+      any = true;
+    }
+    if (imphi[j] < kInfBound && r->ub[j] > imphi[j] + margin) {
+      r->ub[j] = imphi[j] + margin;
+      flag[j] |= 1;
+      any = true;
+    }
+  }
+  if (any) r->strengthened.swap(flag);
+  return 0;
+}
 
 }  // namespace velto

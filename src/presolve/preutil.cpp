@@ -67,7 +67,7 @@ int presolve_load(env *e, lp *p, int method, prerec **out) {
   r->aggfill = pb->aggfill;
   r->aggsorted = pb->p1061;
   r->aggtol = pb->p1055;
-  r->bndstren = 0;
+  r->bndstren = e->mipparams->bndstrenind;
   r->feastol = pb->eprhs;
   r->opttol = pb->epopt;
   r->inttol = 0.0;

@@ -313,4 +313,66 @@ TEST(PresolveDualReductions, ColumnsNoRowHoldsBackGoToTheirBounds) {
   EXPECT_NEAR(primal.obj, -4, 1e-9);
 }
 
+TEST(PresolveAggregator, FillLimitZeroStillTakesDoubletons) {
+  lpdef d;
+  d.objsen = -1;
+  int x1 = d.col(1, 0, 10), x2 = d.col(0.05, 0, 3), x3 = d.col(0.1, 0, INF);
+  d.row({{x1, 1}, {x2, -2}}, 'E', 0);
+  d.row({{x1, 1}, {x3, 1}}, 'L', 8);
+  vtest::Env env;
+  int st = 0;
+  VLTLPptr lp = VLTcreateprob(env, &st, "agg");
+  VLTsetintparam(env, VLT_PARAM_AGGFILL, 0);
+  ASSERT_EQ(d.load(env, lp), 0);
+  ASSERT_EQ(VLTprimopt(env, lp), 0);
+  EXPECT_TRUE(has_line(env.res.all(), "Aggregator did 1 substitutions.\n")) << env.res.all();
+  double obj = 0;
+  VLTgetobjval(env, lp, &obj);
+  EXPECT_NEAR(obj, 6.35, 1e-9);
+  VLTfreeprob(env, &lp);
+}
+
+// ---- bound strengthening ---------------------------------------------------------------
+
+TEST(PresolveBoundStrengthening, BoundsMoveInToTheImpliedOnesWithAMargin) {
+  // x1 + x2 + x3 <= 4 over nonnegative columns implies upper bounds of 4;
+  // the reduced problem gets them one unit (1e6 times EPRHS) looser.
+  lpdef d;
+  int x1 = d.col(-1, 0, INF), x2 = d.col(-2, 0, INF), x3 = d.col(1, 0, INF);
+  d.row({{x1, 1}, {x2, 1}, {x3, 1}}, 'L', 4);
+  d.row({{x1, 1}, {x2, -1}, {x3, 1}}, 'G', -3);
+  for (int ind : {1, -1}) {
+    SCOPED_TRACE(ind);
+    vtest::Env env;
+    int st = 0;
+    VLTLPptr lp = VLTcreateprob(env, &st, "strengthen");
+    VLTsetintparam(env, VLT_PARAM_BNDSTRENIND, ind);
+    ASSERT_EQ(d.load(env, lp), 0);
+    ASSERT_EQ(VLTpresolve(env, lp, 2), 0);
+    VLTLPptr red = nullptr;
+    ASSERT_EQ(VLTgetredlp(env, lp, &red), 0);
+    if (ind == -1) {
+      // Automatic only for the dual simplex on models of 10001 columns or more.
+      EXPECT_EQ(red, nullptr);
+      EXPECT_TRUE(has_line(env.res.all(), "No LP presolve or aggregator reductions.\n"));
+    } else {
+      ASSERT_NE(red, nullptr) << env.res.all();
+      double ub[3] = {0, 0, 0};
+      ASSERT_EQ(VLTgetub(env, red, ub, 0, 2), 0);
+      for (double u : ub) EXPECT_NEAR(u, 5, 1e-9);
+    }
+    ASSERT_EQ(VLTdualopt(env, lp), 0);
+    ASSERT_EQ(VLTgetstat(env, lp), 1);
+    double obj = 0;
+    VLTgetobjval(env, lp, &obj);
+    EXPECT_NEAR(obj, -7.5, 1e-9);
+    model m = readmodel(env, lp);
+    std::vector<double> x(3), pi(2), slack(2), dj(3);
+    VLTsolution(env, lp, nullptr, nullptr, x.data(), pi.data(), slack.data(), dj.data());
+    verdict v = kkt_check(m, x, pi, &slack, &dj);
+    EXPECT_TRUE(v.ok()) << describe(v);
+    VLTfreeprob(env, &lp);
+  }
+}
+
 }  // namespace
