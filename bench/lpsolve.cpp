@@ -3,8 +3,11 @@
 // line: status, objective, iterations, CPU seconds of the
 // optimizer call (a busy machine disturbs them less than wall time).  Presolve
 // is off unless the third argument is "presolve", so that the default run
-// compares with a peer's simplex run without its presolve.
+// compares with a peer's simplex run without its presolve.  With "counts"
+// it only presolves (for the dual simplex) and prints the rows, columns and
+// nonzeros of the model and of the reduced problem.
 //   lpsolve FILE [primal|dual|barrier] [presolve]
+//   lpsolve FILE counts
 #include <ctime>
 #include <cstdio>
 #include <cstring>
@@ -31,6 +34,22 @@ int main(int argc, char **argv) {
   if (status) {
     std::printf("readerror %d 0 0 0\n", status);
     return 1;
+  }
+  if (argc > 2 && std::strcmp(argv[2], "counts") == 0) {
+    VLTsetintparam(env, VLT_PARAM_PREIND, 1);
+    status = VLTpresolve(env, lp, 2);
+    VLTLPptr red = nullptr;
+    int prestat = 0;
+    VLTgetredlp(env, lp, &red);
+    VLTgetprestat(env, lp, &prestat, nullptr, nullptr, nullptr, nullptr);
+    const bool none = prestat == 0;  // nothing reduced: the model itself
+    VLTLPptr shown = none ? lp : red;
+    std::printf("%d %d %d %d %d %d %d\n", status, VLTgetnumrows(env, lp), VLTgetnumcols(env, lp),
+                VLTgetnumnz(env, lp), shown ? VLTgetnumrows(env, shown) : 0,
+                shown ? VLTgetnumcols(env, shown) : 0, shown ? VLTgetnumnz(env, shown) : 0);
+    VLTfreeprob(env, &lp);
+    VLTcloseVELTO(&env);
+    return 0;
   }
   std::clock_t t0 = std::clock();
   VLTsetintparam(env, VLT_PARAM_LPMETHOD, dual ? 2 : 1);

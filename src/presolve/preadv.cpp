@@ -2,6 +2,7 @@
 // the list of protected columns, rows and objective changes carried into
 // the reduced problem, and the writing of the reduced problem.
 #include <algorithm>
+#include <cstdint>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -280,6 +281,14 @@ int carry_objective(env *e, prerec *r, std::vector<double> &dc) {
           c = val[1] + r->objsen * t[j];
           for (int k = 3; k < u.len; ++k) t[ind[k]] -= t[j] * val[k] / val[0];
           break;
+        case kOpSubst:
+          j = u.index;
+          for (int k = u.cnt + 1; k < u.len; ++k) t[ind[k]] -= t[j] * val[k] / val[1];
+          break;
+        case kOpMergeCols:
+          // The merge rests on proportional costs.
+          if (t[u.index] != 0.0 || t[ind[0]] != 0.0) return 1;
+          break;
         default: break;
       }
       if (j < 0 || t[j] == 0.0) continue;
@@ -312,6 +321,16 @@ int carry_objective(env *e, prerec *r, std::vector<double> &dc) {
         dc[j] = 0.0;
         break;
       }
+      case kOpSubst: {
+        const int j = u.index;
+        if (dc[j] == 0.0) break;
+        const double d = dc[j] / val[1];
+        val[0] += dc[j];
+        for (int k = u.cnt + 1; k < u.len; ++k) dc[ind[k]] -= d * val[k];
+        offset += d * val[u.cnt];
+        dc[j] = 0.0;
+        break;
+      }
       default: break;
     }
   }
@@ -339,6 +358,271 @@ int carry_objective(env *e, prerec *r, std::vector<double> &dc) {
 }
 
 }  // namespace
+
+// ---- parallel rows and columns -------------------------------------------------------
+
+namespace {
+
+// One side of the matrix seen as items (rows or columns) with entries on
+// the other side.
+struct itemview {
+  const std::vector<int> &beg, &len, &ind;
+  const std::vector<double> &val;
+  const std::vector<int> &itemcnt, &othercnt;
+};
+
+inline bool other_live(const itemview &v, int o) { return v.othercnt[o] >= 0; }
+
+// Order-free hash of an item's live other-side indices.
+uint64_t item_hash(const itemview &v, int a) {
+  uint64_t h = 0;
+  for (int k = v.beg[a]; k < v.beg[a] + v.len[a]; ++k) {
+    if (!other_live(v, v.ind[k])) continue;
+    uint64_t x = static_cast<uint64_t>(v.ind[k]) + 0x9e3779b97f4a7c15ULL;
+    x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    x = (x ^ (x >> 27)) * 0x94d049bb133111ebULL;
+    h += x ^ (x >> 31);
+  }
+  return h;
+}
+
+// A key that scaled copies share: the sum of squares relative to the
+// largest magnitude.
+double scale_key(const itemview &v, int a) {
+  double big = 0.0, sum = 0.0;
+  for (int k = v.beg[a]; k < v.beg[a] + v.len[a]; ++k)
+    if (other_live(v, v.ind[k])) big = std::max(big, std::fabs(v.val[k]));
+  if (big == 0.0) return 0.0;
+  for (int k = v.beg[a]; k < v.beg[a] + v.len[a]; ++k)
+    if (other_live(v, v.ind[k])) sum += (v.val[k] / big) * (v.val[k] / big);
+  return sum;
+}
+
+// Whether items a and b are parallel: item a equals ratio times item b.
+// work is a zero scratch vector over the other side, left zero.
+bool parallel_test(const itemview &v, int a, int b, std::vector<double> &work, double *ratio) {
+  int na = 0;
+  for (int k = v.beg[a]; k < v.beg[a] + v.len[a]; ++k)
+    if (other_live(v, v.ind[k])) {
+      work[v.ind[k]] = v.val[k];
+      ++na;
+    }
+  bool ok = true;
+  int nb = 0;
+  double lo = 0.0, hi = 0.0;
+  for (int k = v.beg[b]; k < v.beg[b] + v.len[b] && ok; ++k) {
+    const int o = v.ind[k];
+    if (!other_live(v, o)) continue;
+    ++nb;
+    if (work[o] == 0.0 || v.val[k] == 0.0) {
+      ok = false;
+      break;
+    }
+    const double q = work[o] / v.val[k];
+    if (nb == 1) lo = hi = q;
+    lo = std::min(lo, q);
+    hi = std::max(hi, q);
+  }
+  for (int k = v.beg[a]; k < v.beg[a] + v.len[a]; ++k) work[v.ind[k]] = 0.0;
+  if (!ok || na != nb || nb == 0) return false;
+  if ((lo > 0) != (hi > 0) || std::fabs(1.0 - hi / lo) > 1e-8) return false;
+  *ratio = 0.5 * (lo + hi);
+  return true;
+}
+
+// Calls cmp(a, b) on the pairs of live items that may be parallel: equal
+// live length and hash, then equal scale key.  cmp returns 0 or a status
+// that ends the search.
+template <class Cmp>
+int dup_search(const itemview &v, int nitems, Cmp cmp) {
+  struct key {
+    int len;
+    uint64_t hash;
+    double scale;
+    int item;
+  };
+  std::vector<key> keys;
+  for (int a = 0; a < nitems; ++a)
+    if (v.itemcnt[a] >= 1) keys.push_back({v.itemcnt[a], item_hash(v, a), 0.0, a});
+  std::sort(keys.begin(), keys.end(), [](const key &x, const key &y) {
+    return x.len != y.len ? x.len < y.len : x.hash != y.hash ? x.hash < y.hash : x.item < y.item;
+  });
+  size_t s = 0;
+  while (s < keys.size()) {
+    size_t t = s + 1;
+    while (t < keys.size() && keys[t].len == keys[s].len && keys[t].hash == keys[s].hash) ++t;
+    if (t - s >= 2) {
+      for (size_t k = s; k < t; ++k) keys[k].scale = scale_key(v, keys[k].item);
+      std::stable_sort(keys.begin() + s, keys.begin() + t,
+                       [](const key &x, const key &y) { return x.scale < y.scale; });
+      size_t g = s;
+      while (g < t) {
+        size_t h = g + 1;
+        while (h < t && std::fabs(keys[h].scale - keys[g].scale) <= 1e-10 * std::fabs(keys[g].scale)) ++h;
+        // Small groups compare all pairs; a large one compares each item
+        // with a live representative.
+        if (h - g <= 6) {
+          for (size_t x = g; x < h; ++x)
+            for (size_t y = x + 1; y < h; ++y) {
+              if (v.itemcnt[keys[x].item] < 1) break;
+              if (v.itemcnt[keys[y].item] < 1) continue;
+              if (int st = cmp(keys[x].item, keys[y].item)) return st;
+            }
+        } else {
+          int rep = keys[g].item;
+          for (size_t y = g + 1; y < h; ++y) {
+            const int b = keys[y].item;
+            if (v.itemcnt[b] < 1) continue;
+            if (v.itemcnt[rep] < 1) {
+              rep = b;
+              continue;
+            }
+            if (int st = cmp(rep, b)) return st;
+          }
+        }
+        g = h;
+      }
+    }
+    s = t;
+  }
+  return 0;
+}
+
+char flip(char s) { return s == 'L' ? 'G' : s == 'G' ? 'L' : s; }
+
+// Rows r1 = ratio * r2 (live entries).
+int compare_rows(env *e, prerec *r, lp *p, int r1, int r2, double ratio) {
+  const char s1 = r->sense[r1], s2 = ratio < 0 ? flip(r->sense[r2]) : r->sense[r2];
+  const double d = r->rhs[r1] - ratio * r->rhs[r2];
+  const bool neg = d < -1e-8, pos = d > 1e-8, zero = !neg && !pos;
+  auto conflict = [&]() {
+    if (std::fabs(d) <= r->feastol) return 0;
+    if (r->predisp)
+      msg(e->reschannel, "Constraints '%.255s' and '%.255s' are inconsistent.\n",
+          pre_rowname(r, p, r1), pre_rowname(r, p, r2));
+    return 1101;
+  };
+  if (s1 == 'E') {
+    if ((s2 == 'E' && zero) || (s2 == 'L' && !pos) || (s2 == 'G' && !neg))
+      return remove_row(e, r, p, r2, 1);
+    return conflict();
+  }
+  // The mirror image of "L" for "G": the roles of neg and pos exchange.
+  const bool le = s1 == 'L';
+  const char same = s1, other = le ? 'G' : 'L';
+  const bool tight = le ? neg : pos;  // r1 is the stricter of the two
+  if (s2 != same && tight) return conflict();
+  if (s2 != other && !tight) return remove_row(e, r, p, r1, 1);
+  if (s2 == same) return remove_row(e, r, p, r2, 1);
+  if (zero) {
+    // Both sides meet: one equation, whose dual may belong to either row.
+    push_record(r, kOpMergeRows, r1, r->rhs[r1], 0.0, 0.0);
+    push_entry(r, s1, 0.0);
+    push_entry(r, r->sense[r2], 0.0);
+    push_entry(r, r2, ratio);
+    r->sense[r1] = 'E';
+    int st = remove_row(e, r, p, r2, 1);
+    r->rowmap[r2] = -3;
+    return st;
+  }
+  // A gap between the two: a range, left as two rows.
+  return 0;
+}
+
+}  // namespace
+
+int pre_duplicate_rows(env *e, prerec *r, lp *p) {
+  const itemview v{r->rbeg, r->rlen, r->rind, r->rval, r->rowcnt, r->colcnt};
+  std::vector<double> work(r->ncols, 0.0);
+  return dup_search(v, r->nrows, [&](int a, int b) {
+    double ratio;
+    if (!parallel_test(v, a, b, work, &ratio)) return 0;
+    return compare_rows(e, r, p, a, b, ratio);
+  });
+}
+
+namespace {
+
+// Merges column q into column p = rho * q with proportional costs and all
+// four bounds finite: p then stands for x_p + x_q / rho.
+void merge_columns(prerec *r, int p, int q, double rho) {
+  push_record(r, kOpMergeCols, p, r->obj[p], r->lb[p], r->ub[p]);
+  push_entry(r, q, r->lb[q]);
+  push_entry(r, q, r->ub[q]);
+  push_entry(r, q, rho);
+  const double add_lo = (rho > 0 ? r->lb[q] : r->ub[q]) / rho;
+  const double add_up = (rho > 0 ? r->ub[q] : r->lb[q]) / rho;
+  for (int k = r->cbeg[p]; k < r->cbeg[p] + r->clen[p]; ++k)
+    if (rowlive(r, r->cind[k])) activity_add(r, r->cind[k], r->cval[k], r->lb[p], r->ub[p], -1);
+  r->lb[p] += add_lo;
+  r->ub[p] += add_up;
+  for (int k = r->cbeg[p]; k < r->cbeg[p] + r->clen[p]; ++k)
+    if (rowlive(r, r->cind[k])) activity_add(r, r->cind[k], r->cval[k], r->lb[p], r->ub[p], 1);
+  for (int k = r->cbeg[q]; k < r->cbeg[q] + r->clen[q]; ++k) {
+    const int i = r->cind[k];
+    if (!rowlive(r, i)) continue;
+    --r->rowcnt[i];
+    activity_add(r, i, r->cval[k], r->lb[q], r->ub[q], -1);
+  }
+  if (r->merged.empty()) r->merged.assign(r->ncols, 0);
+  r->merged[p] = 1;
+  r->dualgone[q] = kDualPaired;
+  r->colcnt[q] = -1;
+  r->colmap[q] = kMapNonlinear;
+  r->obj[q] = 0.0;
+  ++r->colsgone;
+}
+
+// Columns p = rho * q (live entries).
+int compare_columns(env *e, prerec *r, lp *lp_, int p, int q, double rho) {
+  if (frozencol(r, p) || frozencol(r, q)) return 0;
+  const double c1 = r->obj[p], c2 = r->obj[q];
+  const bool nz1 = std::fabs(c1) > 1e-10, nz2 = std::fabs(c2) > 1e-10;
+  const double cr = nz1 && nz2 ? c1 / c2 : !nz1 && !nz2 ? rho : 2 * rho;
+  const double lo = std::min(cr, rho), hi = std::max(cr, rho);
+  const double t = std::fabs(1.0 - hi / lo);
+  const bool prop = cr * rho >= 0 && t <= 1e-10;
+  const int grade = t >= 100 * r->opttol ? 1 : 2;
+  const bool flp = r->lb[p] > -kInfBound, fup = r->ub[p] < kInfBound;
+  const bool flq = r->lb[q] > -kInfBound, fuq = r->ub[q] < kInfBound;
+  const int k = flp + fup + flq + fuq;
+  if (k == 0) {
+    if (prop) {
+      r->dualgone[q] = kDualPaired;
+      return log_and_remove(e, r, lp_, q, kOpFreeEmpty, 2);
+    }
+    if (grade == 2) return 0;
+    if (r->predisp)
+      msg(e->reschannel, "Duplicate columns %.255s and %.255s make problem unbounded.\n",
+          pre_colname(r, lp_, p), pre_colname(r, lp_, q));
+    return 1101;
+  }
+  if (!prop) return 0;
+  // With proportional costs a free column absorbs whatever the other one
+  // does: the other goes to a bound.
+  const bool pfree = !flp && !fup, qfree = !flq && !fuq;
+  if (pfree || qfree) {
+    const int b = pfree ? q : p;
+    const bool fl = r->lb[b] > -kInfBound, fu = r->ub[b] < kInfBound;
+    const bool toub = fu && (!fl || std::fabs(r->ub[b]) < std::fabs(r->lb[b]));
+    r->dualgone[b] = kDualPaired;
+    return log_and_remove(e, r, lp_, b, toub ? kOpAtUpper : kOpAtLower, toub ? 1 : 0);
+  }
+  if (k == 4 && r->prelinear && p < r->ncolsorig && q < r->ncolsorig) merge_columns(r, p, q, rho);
+  return 0;
+}
+
+}  // namespace
+
+int pre_duplicate_columns(env *e, prerec *r, lp *p) {
+  const itemview v{r->cbeg, r->clen, r->cind, r->cval, r->colcnt, r->rowcnt};
+  std::vector<double> work(r->nrows, 0.0);
+  return dup_search(v, r->ncols, [&](int a, int b) {
+    double ratio;
+    if (!parallel_test(v, a, b, work, &ratio)) return 0;
+    return compare_columns(e, r, p, a, b, ratio);
+  });
+}
 
 }  // namespace velto
 

@@ -15,10 +15,7 @@
 
 namespace velto {
 
-namespace {
-
-// The abort word and the progress callback; 1106 asks to stop.
-int poll(env *e, const prerec *r, lp *p) {
+int pre_poll(env *e, const prerec *r, lp *p) {
   cbprogress pr;
   pr.wherefrom = 7;
   pr.have = 1u << 13 | 1u << 14 | 1u << 15 | 1u << 16;
@@ -28,6 +25,8 @@ int poll(env *e, const prerec *r, lp *p) {
   pr.counts[3] = r->coefchanged;
   return lpcallback(e, p, pr) ? 1106 : 0;
 }
+
+namespace {
 
 char *dupname(const char *s, char *&store) {
   size_t n = std::strlen(s) + 1;
@@ -169,7 +168,7 @@ int run_passes(env *e, prerec *r, lp *p) {
       int k = 0;
       bool dualchanged = false;
       for (;;) {
-        STEP(poll(e, r, p));
+        STEP(pre_poll(e, r, p));
         const int r1 = r->rowsgone, c1 = r->colsgone;
         if (dual) STEP(pre_duplicate_columns(e, r, p));
         if (primal) STEP(pre_duplicate_rows(e, r, p));
@@ -180,7 +179,7 @@ int run_passes(env *e, prerec *r, lp *p) {
         } else {
           int sweeps = 0;
           while (sweeps < 10) {
-            STEP(poll(e, r, p));
+            STEP(pre_poll(e, r, p));
             const int before = r->rowsgone + r->colsgone;
             activity_all(r);
             if (primal && dual) STEP(pre_slack_columns(e, r, p));
@@ -210,7 +209,7 @@ int run_passes(env *e, prerec *r, lp *p) {
         if (pass >= passlimit || (!dualchanged && !many)) break;
       }
     }
-    STEP(poll(e, r, p));
+    STEP(pre_poll(e, r, p));
     if (primal && tries < agglimit) {
       if (tries > 0 && r->rowsgone == rows0 && r->colsgone == cols0) break;
       const int s0 = r->subst;
@@ -231,7 +230,12 @@ int run_passes(env *e, prerec *r, lp *p) {
   }
   // Rows the last pass left empty.
   if (primal) STEP(pre_empty_rows(e, r, p));
-  STEP(poll(e, r, p));
+  STEP(pre_poll(e, r, p));
+  if (r->dualform == -1 && primal &&
+      (r->bndstren == 1 || (r->bndstren == -1 && r->method == 2 && r->ncolsorig >= 10001))) {
+    activity_all(r);
+    STEP(pre_strengthen_bounds(e, r, p));
+  }
 #undef STEP
   return 0;
 }
@@ -263,7 +267,16 @@ int presolve_run(env *e, lp *p, int method) {
   activity_all(r);
   const bool changed = r->rowsgone > 0 || r->colsgone > 0 || r->coefchanged > 0 || r->subst > 0;
   const bool show = r->simdisplay != 0;
-  if (!changed) {
+  if (!changed && !r->strengthened.empty() && r->bndstren != 1) {
+    // Strengthened bounds alone are worth a reduced problem only when they
+    // make enough infinite bounds finite.
+    int madefinite = 0;
+    for (int j = 0; j < r->ncols; ++j)
+      madefinite += ((r->strengthened[j] & 1) && r->origub[j] >= kInfBound) ||
+                    ((r->strengthened[j] & 2) && r->origlb[j] <= -kInfBound);
+    if (r->ncols > 10 * madefinite) std::vector<char>().swap(r->strengthened);
+  }
+  if (!changed && r->strengthened.empty()) {
     if (show && (r->preind || r->aggind))
       msg(e->reschannel, "No LP presolve or aggregator reductions.\n");
     presolve_free(e, p);
@@ -278,6 +291,11 @@ int presolve_run(env *e, lp *p, int method) {
           r->colsgone);
     if (r->aggind && r->subst)
       msg(e->reschannel, "Aggregator did %d substitutions.\n", r->subst);
+  }
+  // Each substitution took a row and a column out.
+  if (r->aggind) {
+    r->rowsgone += r->subst;
+    r->colsgone += r->subst;
   }
   if (r->rowsgone >= r->nrows && r->colsgone >= r->ncols) {
     if (show) msg(e->reschannel, "All rows and columns eliminated.\n");

@@ -17,6 +17,8 @@ enum : int {
   kOpForceMin = 9, kOpForceMax = 10,
   kOpFreeSingleton = 11, kOpFreeEmpty = 12,
   kOpSlackLower = 13, kOpSlackUpper = 14,
+  kOpSubst = 15, kOpMoveLower = 16, kOpMoveUpper = 17, kOpMoveBoth = 18,
+  kOpMergeCols = 21, kOpMergeRows = 22,
 };
 
 // Cost conditions of columns removed by dual reasoning (c in the
@@ -25,6 +27,7 @@ enum : int {
 enum : char {
   kDualNone = 0, kDualBelowFeas = 1, kDualAboveFeas = 2, kDualAtLeast = 3, kDualAtMost = 4,
   kDualZero = 5,
+  kDualPaired = 6,  // removed for a parallel column: any cost change undoes it
 };
 
 // Values of colmap for removed columns.
@@ -53,6 +56,8 @@ struct prerec {
   int aggind, depind;
   int dualform, predual;
   int bndstren, aggfill;
+  int aggsorted;      // the aggregator visits rows shortest first
+  double aggtol;      // smallest pivot relative to its column's entries
   double feastol, opttol, inttol;
   // counters
   int rowsgone, colsgone, coefchanged, subst, bndimproved;
@@ -79,9 +84,20 @@ struct prerec {
   // For a column removed by reasoning on the sign of its cost, the condition
   // that its cost met (kDual...); 0 for the others.
   std::vector<char> dualgone;
+  // 1 for a column kept for a merged pair of parallel columns: it stands
+  // for both and no longer for itself alone.  Empty until a merge.
+  std::vector<char> merged;
+  // Bound strengthening: per column bit 1 when the upper bound, bit 2 when
+  // the lower bound was moved in to the implied bound with a margin.  Empty
+  // when no bound moved.
+  std::vector<char> strengthened;
   // Entries in removed columns of rows added after presolve: per column,
   // (row, coefficient).  Empty until rows are added.
   std::vector<std::vector<std::pair<int, double>>> addedcol;
+  // For each range column (index ncolsorig + t): its row, and the row's
+  // structural entries as loaded at [rangebeg[t], rangebeg[t + 1]).
+  std::vector<int> rangerow, rangebeg, rangeind;
+  std::vector<double> rangeval;
   // the model as loaded (ranged rows as "E" with their range column)
   std::vector<double> origlb, origub, origobj, origrhs;
   std::vector<char> origsense;
@@ -125,7 +141,13 @@ inline const double *rec_val(const prerec *r, const undorec &u) { return r->logv
 int remove_column(env *e, prerec *r, lp *p, int j, int position);
 int remove_row(env *e, prerec *r, lp *p, int i, int recheck);
 int column_test(env *e, prerec *r, lp *p, int j);
+// Logs op (3, 4, 5 or 12) with the column's live entries, then removes it.
+int log_and_remove(env *e, prerec *r, lp *p, int j, int op, int position);
 void implied_bounds(const prerec *r, int j, double *lo, double *hi);
+// Largest (smallest) activity of row i without the term a of column j; false
+// when more than that term is infinite.
+bool rowmax_without(const prerec *r, int i, int j, double a, double *out);
+bool rowmin_without(const prerec *r, int i, int j, double a, double *out);
 
 inline bool frozencol(const prerec *r, int j) { return !r->frozen.empty() && r->frozen[j]; }
 // Whether cost c (minimization sign) still meets the condition under which
@@ -143,18 +165,32 @@ int pre_forcing_rows(env *e, prerec *r, lp *p);
 int pre_free_singletons(env *e, prerec *r, lp *p);
 int pre_slack_columns(env *e, prerec *r, lp *p);
 int pre_implied_redundancy(env *e, prerec *r, lp *p);
-// Passes whose reductions are not part of this presolve yet: they remove
-// nothing.
+// Columns that no row stops from moving the way their cost prefers go to
+// that bound.
+int pre_dominated_columns(env *e, prerec *r, lp *p);
+// Not part of this presolve yet: removes nothing.
+int pre_dual_bounds(env *e, prerec *r, lp *p);
+// Moves bounds in to the bounds that the rows imply, less a margin of
+// 1e6 times the feasibility tolerance, so that the new bounds never hold
+// at a feasible point.  0 or 1101.
+int pre_strengthen_bounds(env *e, prerec *r, lp *p);
+
+// ---- preadv.cpp: parallel rows and columns; 0, 1001 or 1101 ------------------
 int pre_duplicate_rows(env *e, prerec *r, lp *p);
 int pre_duplicate_columns(env *e, prerec *r, lp *p);
-int pre_dominated_columns(env *e, prerec *r, lp *p);
-int pre_dual_bounds(env *e, prerec *r, lp *p);
+
+// ---- aggregat.cpp ---------------------------------------------------------------
+// Substitutes equality rows out with one of their columns: free and implied
+// free columns, and doubleton equations with the bounds of the eliminated
+// column moved onto the survivor.  0, 1001 or 1106.
 int pre_aggregate(env *e, prerec *r, lp *p);
 
 // ---- presolve.cpp -------------------------------------------------------------
 // The driver: reduces the model of p on behalf of `method`.  0, 1001, 1101,
 // 1117, 1118, 1106.  On return p->presolve is null when nothing was reduced.
 int presolve_run(env *e, lp *p, int method);
+// The abort word and the progress callback: 1106 asks to stop.
+int pre_poll(env *e, const prerec *r, lp *p);
 // Optimizer entry with presolve: reduces, runs `kernel` on the reduced
 // problem, maps the basis back and lets `kernel` clean up on p.  Runs `kernel`
 // on p alone when presolve is off or a start is to be used.

@@ -9,36 +9,6 @@ namespace velto {
 
 namespace {
 
-// Activity of row i without the term of column j (coefficient a); false when
-// more than that term is infinite.
-bool rowmax_without(const prerec *r, int i, int j, double a, double *out) {
-  double l = r->lb[j], u = r->ub[j];
-  bool own_inf = a > 0 ? u >= kInfBound : l <= -kInfBound;
-  if (r->rowmaxinf[i] == 0) {
-    *out = r->rowmaxfin[i] - a * (a > 0 ? u : l);
-    return true;
-  }
-  if (r->rowmaxinf[i] == 1 && own_inf) {
-    *out = r->rowmaxfin[i];
-    return true;
-  }
-  return false;
-}
-
-bool rowmin_without(const prerec *r, int i, int j, double a, double *out) {
-  double l = r->lb[j], u = r->ub[j];
-  bool own_inf = a > 0 ? l <= -kInfBound : u >= kInfBound;
-  if (r->rowmininf[i] == 0) {
-    *out = r->rowminfin[i] - a * (a > 0 ? l : u);
-    return true;
-  }
-  if (r->rowmininf[i] == 1 && own_inf) {
-    *out = r->rowminfin[i];
-    return true;
-  }
-  return false;
-}
-
 // The one live entry of row i.
 bool single_entry(const prerec *r, int i, int *pj, double *pa) {
   for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k) {
@@ -84,6 +54,32 @@ void log_row_definition(prerec *r, int op, int i, int j, double a) {
     int q = r->rind[k];
     if (q == j || !collive(r, q)) continue;
     push_entry(r, q, r->rval[k]);
+  }
+}
+
+// One sweep of the bounds that the rows imply, starting from implo and
+// imphi, with the row that gave each.
+void implied_sweep(const prerec *r, std::vector<double> &implo, std::vector<double> &imphi,
+                   std::vector<int> &srclo, std::vector<int> &srchi) {
+  for (int i = 0; i < r->nrows; ++i) {
+    if (r->rowcnt[i] < 1) continue;
+    const char s = r->sense[i];
+    for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k) {
+      int j = r->rind[k];
+      double a = r->rval[k];
+      if (!collive(r, j) || std::fabs(a) <= 1e-10) continue;
+      double act;
+      if ((s == 'L' || s == 'E') && rowmin_without(r, i, j, a, &act)) {
+        double t = (r->rhs[i] - act) / a;
+        if (a > 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
+        if (a < 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
+      }
+      if ((s == 'G' || s == 'E') && rowmax_without(r, i, j, a, &act)) {
+        double t = (r->rhs[i] - act) / a;
+        if (a > 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
+        if (a < 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
+      }
+    }
   }
 }
 
@@ -339,27 +335,7 @@ int pre_implied_redundancy(env *e, prerec *r, lp *p) {
   } catch (const std::bad_alloc &) {
     return 0;
   }
-  // One sweep of the bounds the rows imply, remembering which row gave each.
-  for (int i = 0; i < m; ++i) {
-    if (r->rowcnt[i] < 1) continue;
-    const char s = r->sense[i];
-    for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k) {
-      int j = r->rind[k];
-      double a = r->rval[k];
-      if (!collive(r, j) || std::fabs(a) <= 1e-10) continue;
-      double act;
-      if ((s == 'L' || s == 'E') && rowmin_without(r, i, j, a, &act)) {
-        double t = (r->rhs[i] - act) / a;
-        if (a > 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
-        if (a < 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
-      }
-      if ((s == 'G' || s == 'E') && rowmax_without(r, i, j, a, &act)) {
-        double t = (r->rhs[i] - act) / a;
-        if (a > 0 && t > implo[j]) { implo[j] = t; srclo[j] = i; }
-        if (a < 0 && t < imphi[j]) { imphi[j] = t; srchi[j] = i; }
-      }
-    }
-  }
+  implied_sweep(r, implo, imphi, srclo, srchi);
   for (int i = 0; i < m; ++i) {
     if (r->rowcnt[i] < 2 || r->sense[i] == 'E' || pinned[i]) continue;
     double mn = 0.0, mx = 0.0;
@@ -406,10 +382,69 @@ int pre_implied_redundancy(env *e, prerec *r, lp *p) {
   return 0;
 }
 
-int pre_duplicate_rows(env *, prerec *, lp *) { return 0; }
-int pre_duplicate_columns(env *, prerec *, lp *) { return 0; }
-int pre_dominated_columns(env *, prerec *, lp *) { return 0; }
+int pre_dominated_columns(env *e, prerec *r, lp *p) {
+  // Senses as the pass found them.
+  const std::vector<char> sense(r->sense);
+  for (int j = 0; j < r->ncols; ++j) {
+    if (r->colcnt[j] < 1 || frozencol(r, j)) continue;
+    // Rows that stop the column from growing (up) or shrinking (down).
+    bool up = false, down = false, eq = false;
+    for (int k = r->cbeg[j]; k < r->cbeg[j] + r->clen[j] && !eq; ++k) {
+      const int i = r->cind[k];
+      if (r->rowcnt[i] < 1) continue;
+      if (sense[i] == 'E' || r->sense[i] == 'E') {
+        eq = true;
+        break;
+      }
+      const double s = sense[i] == 'L' ? r->cval[k] : -r->cval[k];
+      if (s > 0) up = true;
+      else down = true;
+    }
+    if (eq) continue;
+    // With no row against it, the cost alone moves the column to a bound.
+    const double c = r->objsen * r->obj[j];
+    int st = 0;
+    if (!up && c <= 1e-10 && r->ub[j] < kInfBound) {
+      r->dualgone[j] = kDualAtMost;
+      st = log_and_remove(e, r, p, j, kOpAtUpper, 1);
+    } else if (!down && c >= -1e-10 && r->lb[j] > -kInfBound) {
+      r->dualgone[j] = kDualAtLeast;
+      st = log_and_remove(e, r, p, j, kOpAtLower, 0);
+    }
+    if (st) return st;
+  }
+  return 0;
+}
 int pre_dual_bounds(env *, prerec *, lp *) { return 0; }
-int pre_aggregate(env *, prerec *, lp *) { return 0; }
+
+int pre_strengthen_bounds(env *e, prerec *r, lp *p) {
+  const int n = r->ncols;
+  std::vector<double> implo(r->lb), imphi(r->ub);
+  std::vector<int> srclo(n, -1), srchi(n, -1);
+  implied_sweep(r, implo, imphi, srclo, srchi);
+  const double margin = 1e6 * r->feastol;
+  std::vector<char> flag(n, 0);
+  bool any = false;
+  for (int j = 0; j < n; ++j) {
+    if (!collive(r, j)) continue;
+    if (implo[j] - imphi[j] > r->feastol) {
+      if (r->predisp)
+        msg(e->reschannel, "Bound infeasibility column '%.255s'.\n", pre_colname(r, p, j));
+      return 1101;
+    }
+    if (implo[j] > -kInfBound && r->lb[j] < implo[j] - margin) {
+      r->lb[j] = implo[j] - margin;
+      flag[j] |= 2;
+      any = true;
+    }
+    if (imphi[j] < kInfBound && r->ub[j] > imphi[j] + margin) {
+      r->ub[j] = imphi[j] + margin;
+      flag[j] |= 1;
+      any = true;
+    }
+  }
+  if (any) r->strengthened.swap(flag);
+  return 0;
+}
 
 }  // namespace velto

@@ -65,7 +65,9 @@ int presolve_load(env *e, lp *p, int method, prerec **out) {
   r->depind = pb->depind;
   r->predual = pb->predual;
   r->aggfill = pb->aggfill;
-  r->bndstren = 0;
+  r->aggsorted = pb->p1061;
+  r->aggtol = pb->p1055;
+  r->bndstren = e->mipparams->bndstrenind;
   r->feastol = pb->eprhs;
   r->opttol = pb->epopt;
   r->inttol = 0.0;
@@ -127,6 +129,7 @@ int presolve_load(env *e, lp *p, int method, prerec **out) {
       r->sense[i] = c->sense[i];
       if (c->sense[i] != 'R') continue;
       r->sense[i] = 'E';
+      r->rangerow.push_back(i);
       r->cbeg[rc] = static_cast<int>(r->cind.size());
       r->clen[rc] = 1;
       r->cind.push_back(i);
@@ -155,6 +158,17 @@ int presolve_load(env *e, lp *p, int method, prerec **out) {
         r->rind[fill[i]] = j;
         r->rval[fill[i]++] = r->cval[k];
       }
+    // The structural entries of each ranged row, for the values of its
+    // range column whatever the reductions do to the matrix.
+    r->rangebeg.push_back(0);
+    for (int i : r->rangerow) {
+      for (int k = r->rbeg[i]; k < r->rbeg[i] + r->rlen[i]; ++k)
+        if (r->rind[k] < n) {
+          r->rangeind.push_back(r->rind[k]);
+          r->rangeval.push_back(r->rval[k]);
+        }
+      r->rangebeg.push_back(static_cast<int>(r->rangeind.size()));
+    }
     r->rowcnt = r->rlen;
     r->colcnt = r->clen;
     r->rowminfin.assign(m, 0.0);
@@ -188,8 +202,7 @@ const char *pre_colname(const prerec *r, lp *p, int j) {
   env *e = r->envp;
   const lpcore *c = p->core;
   if (j < r->ncolsorig) return colnameof(e, c->colname, c->numcols, j);
-  int i = r->cind[r->cbeg[j]];
-  return rownameof(e, c->rowname, c->numrows, i);
+  return rownameof(e, c->rowname, c->numrows, r->rangerow[j - r->ncolsorig]);
 }
 
 const char *pre_rowname(const prerec *r, lp *p, int i) {
@@ -305,7 +318,7 @@ int remove_row(env *e, prerec *r, lp *p, int i, int recheck) {
 }
 
 // Logs a column removal with the column's live entries and removes it.
-static int log_and_remove(env *e, prerec *r, lp *p, int j, int op, int position) {
+int log_and_remove(env *e, prerec *r, lp *p, int j, int op, int position) {
   push_record(r, op, j, r->obj[j], r->lb[j], r->ub[j]);
   push_column_entries(r, j);
   return remove_column(e, r, p, j, position);
@@ -350,8 +363,39 @@ bool dual_condition_holds(const prerec *r, int cond, double c) {
     case kDualAtLeast: return c >= -r->opttol;
     case kDualAtMost: return c <= r->opttol;
     case kDualZero: return std::fabs(c) <= r->opttol;
+    case kDualPaired: return false;
     default: return true;
   }
+}
+
+// Activity of row i without the term of column j (coefficient a); false when
+// more than that term is infinite.
+bool rowmax_without(const prerec *r, int i, int j, double a, double *out) {
+  double l = r->lb[j], u = r->ub[j];
+  bool own_inf = a > 0 ? u >= kInfBound : l <= -kInfBound;
+  if (r->rowmaxinf[i] == 0) {
+    *out = r->rowmaxfin[i] - a * (a > 0 ? u : l);
+    return true;
+  }
+  if (r->rowmaxinf[i] == 1 && own_inf) {
+    *out = r->rowmaxfin[i];
+    return true;
+  }
+  return false;
+}
+
+bool rowmin_without(const prerec *r, int i, int j, double a, double *out) {
+  double l = r->lb[j], u = r->ub[j];
+  bool own_inf = a > 0 ? l <= -kInfBound : u >= kInfBound;
+  if (r->rowmininf[i] == 0) {
+    *out = r->rowminfin[i] - a * (a > 0 ? l : u);
+    return true;
+  }
+  if (r->rowmininf[i] == 1 && own_inf) {
+    *out = r->rowminfin[i];
+    return true;
+  }
+  return false;
 }
 
 void implied_bounds(const prerec *r, int j, double *plo, double *phi) {

@@ -155,6 +155,101 @@ void postsolve_replay(const prerec *r, const double *redx, const double *redpi,
         }
         break;
       }
+      case kOpSubst: {
+        // The column leaves with its row: its value from the row, the row's
+        // dual from the column's reduced cost being zero.
+        const int j = u.index, i = ind[1];
+        const double piv = val[1];
+        const int cp = u.cnt;
+        double s = val[cp];
+        for (int k = cp + 1; k < len; ++k) s -= val[k] * x[ind[k]];
+        x[j] = s / piv;
+        double d = sgn * val[0] - added(j);
+        for (int k = 2; k < cp; ++k) d -= val[k] * pi[ind[k]];
+        pi[i] = d / piv;
+        dj[j] = 0.0;
+        cs[j] = 1;
+        rs[i] = 0;
+        break;
+      }
+      case kOpMoveLower:
+      case kOpMoveUpper:
+      case kOpMoveBoth: {
+        // The survivor of a doubleton carries bounds of the eliminated
+        // column: at such a bound the eliminated column is the one at its
+        // bound and the survivor is basic.
+        const int i = u.index, s = ind[0], el = ind[1];
+        const double as = val[0], ae = val[1];
+        x[el] = (val[2] - as * x[s]) / ae;
+        bool act;
+        const int old = cs[s];
+        if (basis) {
+          if (old == 1) break;
+          act = old == 0 ? u.op != kOpMoveUpper : old == 2 ? u.op != kOpMoveLower : u.op == kOpMoveBoth;
+        } else {
+          act = (u.op == kOpMoveLower && dj[s] >= 0) || (u.op == kOpMoveUpper && dj[s] <= 0) ||
+                (u.op == kOpMoveBoth && dj[s] != 0.0);
+        }
+        if (!act) break;
+        const double q = dj[s] / as;
+        pi[i] += q;
+        dj[el] = -q * ae;
+        dj[s] = 0.0;
+        if (basis) {
+          cs[s] = 1;
+          if (dj[el] < -epopt) cs[el] = 2;
+          else if (dj[el] > epopt) cs[el] = 0;
+          else if (old == 0) cs[el] = as * ae >= 0 ? 2 : 0;
+          else if (old == 2) cs[el] = as * ae > 0 ? 0 : 2;
+          else cs[el] = -1;
+        }
+        break;
+      }
+      case kOpMergeCols: {
+        // Split the merged value: the kept column as close to its share
+        // at the other's bound as its bounds allow.
+        const int j = u.index, q = ind[0];
+        const double rho = val[2], z = x[j];
+        const double ylo = std::min(val[0] / rho, val[1] / rho);
+        const double xp = std::min(std::max(z - ylo, u.low), u.up);
+        const double y = z - xp;
+        x[j] = xp;
+        x[q] = rho * y;
+        dj[q] = dj[j] / rho;
+        const int lowq = rho > 0 ? 0 : 2, upq = 2 - lowq;
+        const int sp = cs[j];
+        if (sp == 0 || sp == 2) {
+          cs[q] = sp == 0 ? lowq : upq;
+        } else if (sp == 1) {
+          const double tol = 1e-12 * (1 + std::fabs(xp));
+          if (std::fabs(xp - u.low) <= tol) {
+            cs[j] = 0;
+            cs[q] = 1;
+          } else if (std::fabs(xp - u.up) <= tol) {
+            cs[j] = 2;
+            cs[q] = 1;
+          } else {
+            cs[q] = std::fabs(y - ylo) <= 1e-12 * (1 + std::fabs(y)) ? lowq : upq;
+          }
+        } else {
+          cs[q] = -1;
+        }
+        break;
+      }
+      case kOpMergeRows: {
+        // The equation stands for two parallel rows; a dual of the wrong
+        // sign for the first row belongs to the second.
+        const int i1 = u.index, i2 = ind[2];
+        const char s1 = static_cast<char>(ind[0]);
+        if (basis && rs[i1] == 1) break;
+        if ((s1 == 'L' && pi[i1] > epopt) || (s1 == 'G' && pi[i1] < -epopt)) {
+          pi[i2] = pi[i1] * val[2];
+          pi[i1] = 0.0;
+          rs[i2] = rs[i1];
+          rs[i1] = 1;
+        }
+        break;
+      }
       default:
         break;
     }
@@ -216,7 +311,7 @@ int postsolve_basis(env *e, lp *p) {
     }
     for (int i = 0; i < m; ++i) rstat[i] = ps.rstat[i] == 1 ? 1 : 0;
     for (int j = n; j < r->ncols; ++j) {
-      int i = r->cind[r->cbeg[j]];
+      int i = r->rangerow[j - n];
       int s = ps.cstat[j];
       if (s < 0 || s > 2) s = 0;
       if (rstat[i] != 1) rstat[i] = s;
@@ -255,12 +350,10 @@ void range_values(const prerec *r, const double *x, std::vector<double> &full) {
   full.assign(r->ncols, 0.0);
   std::copy(x, x + n, full.begin());
   for (int j = n; j < r->ncols; ++j) {
-    int i = r->cind[r->cbeg[j]];
+    const int t = j - n;
     double act = 0.0;
-    for (int q = 0; q < n; ++q)
-      for (int k = r->cbeg[q]; k < r->cbeg[q] + r->clen[q]; ++k)
-        if (r->cind[k] == i) act += r->cval[k] * x[q];
-    full[j] = act - r->origrhs[i];
+    for (int k = r->rangebeg[t]; k < r->rangebeg[t + 1]; ++k) act += r->rangeval[k] * x[r->rangeind[k]];
+    full[j] = act - r->origrhs[r->rangerow[t]];
   }
 }
 
@@ -293,6 +386,13 @@ void column_definitions(const prerec *r, std::vector<coldef> &defs) {
         defs.push_back(std::move(d));
         break;
       }
+      case kOpSubst: {
+        const int cp = u.cnt;
+        coldef d{u.index, val[cp] / val[1], {}};
+        for (int k = cp + 1; k < u.len; ++k) d.terms.emplace_back(ind[k], -val[k] / val[1]);
+        defs.push_back(std::move(d));
+        break;
+      }
       default:
         break;
     }
@@ -322,6 +422,7 @@ int velto::crush_linear(const prerec *r, int len, const int *ind, const double *
   for (int k = 0; k < len; ++k) {
     if (std::fabs(val[k]) < 1e-13) continue;
     if (r->colmap[ind[k]] == kMapNonlinear) return 1121;
+    if (!r->merged.empty() && r->merged[ind[k]]) return 1121;
     add(ind[k], val[k]);
     expand |= r->colmap[ind[k]] < 0;
   }
@@ -359,6 +460,9 @@ int VLTcrushx(VLTENVptr env, VLTLPptr lp, const double *x, double *redx) {
     const prerec *r = lp->presolve;
     std::vector<double> full;
     range_values(r, x, full);
+    // A merged pair of parallel columns is one column of the reduced problem.
+    for (const undorec &u : r->log)
+      if (u.op == kOpMergeCols) full[u.index] += full[rec_ind(r, u)[0]] / rec_val(r, u)[2];
     for (int j = 0; j < r->ncols; ++j)
       if (r->colmap[j] >= 0) redx[r->colmap[j]] = full[j];
     return 0;
@@ -387,8 +491,12 @@ int VLTcrushpi(VLTENVptr env, VLTLPptr lp, const double *pi, double *redpi) {
     if (pi == nullptr || redpi == nullptr) return static_cast<int>(kNullPointer);
     const prerec *r = lp->presolve;
     if (r->dualform == 1) return 1119;
+    // Merged parallel rows: the equation carries both duals.
+    std::vector<double> full(pi, pi + r->nrows);
+    for (const undorec &u : r->log)
+      if (u.op == kOpMergeRows) full[u.index] += full[rec_ind(r, u)[2]] / rec_val(r, u)[2];
     for (int i = 0; i < r->nrows; ++i)
-      if (r->rowmap[i] >= 0) redpi[r->rowmap[i]] = pi[i];
+      if (r->rowmap[i] >= 0) redpi[r->rowmap[i]] = full[i];
     return 0;
   }));
 }
@@ -585,14 +693,17 @@ int VLTuncrushform(VLTENVptr env, VLTLPptr lp, int plen, const int *pind, const 
       if (j < 0) return 1120;
       if (j < r->ncolsorig) {
         add(j, pval[k]);
+        // A merged column stands for x_j + x_q / rho.
+        if (!r->merged.empty() && r->merged[j])
+          for (const undorec &u : r->log)
+            if (u.op == kOpMergeCols && u.index == j) add(rec_ind(r, u)[0], pval[k] / rec_val(r, u)[2]);
         continue;
       }
       // A range column is the row's activity less its right-hand side.
-      int i = r->cind[r->cbeg[j]];
-      offset -= pval[k] * r->origrhs[i];
-      for (int q = 0; q < r->ncolsorig; ++q)
-        for (int t = r->cbeg[q]; t < r->cbeg[q] + r->clen[q]; ++t)
-          if (r->cind[t] == i) add(q, pval[k] * r->cval[t]);
+      const int t = j - r->ncolsorig;
+      offset -= pval[k] * r->origrhs[r->rangerow[t]];
+      for (int q = r->rangebeg[t]; q < r->rangebeg[t + 1]; ++q)
+        add(r->rangeind[q], pval[k] * r->rangeval[q]);
     }
     int cnt = 0;
     for (int j : list) {

@@ -137,8 +137,9 @@ TEST(PresolveDriver, InfeasibleBoundsAndImpliedInfeasibility) {
   EXPECT_NE(o.res.find("Bound infeasibility column 'x1'.\n"), std::string::npos) << o.res;
 
   lpdef f;
+  // Not parallel columns, so that no merge comes first.
   int y1 = f.col(1, 0, 1), y2 = f.col(1, 0, 1);
-  f.row({{y1, 1}, {y2, 1}}, 'G', 3);
+  f.row({{y1, 1}, {y2, 2}}, 'G', 4);
   o = solve(f);
   EXPECT_EQ(o.lpstat, 3);
   EXPECT_NE(o.res.find("Row 'r1' infeasible, all entries at implied bounds.\n"), std::string::npos)

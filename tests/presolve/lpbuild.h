@@ -82,6 +82,7 @@ struct outcome {
   verdict post;    // the reduced optimum carried back by uncrush
   std::vector<double> x, pi;
   std::vector<int> cstat, rstat;
+  std::vector<int> pcstat, prstat;  // the presolve maps, when a record exists
   std::string res, err;
 };
 
@@ -111,6 +112,11 @@ inline outcome solve(const lpdef &d, int preind = 1, int reduce = 3, int display
     o.rstat.resize(m.m);
     EXPECT_EQ(VLTgetbase(env, lp, o.cstat.data(), o.rstat.data()), 0);
     VLTgetprestat(env, lp, &o.prestat, nullptr, nullptr, nullptr, nullptr);
+    if (o.prestat >= 1) {
+      o.pcstat.resize(m.n);
+      o.prstat.resize(m.m);
+      VLTgetprestat(env, lp, nullptr, o.pcstat.data(), o.prstat.data(), nullptr, nullptr);
+    }
     VLTLPptr red = nullptr;
     VLTgetredlp(env, lp, &red);
     std::vector<double> x(m.n), pi(m.m);

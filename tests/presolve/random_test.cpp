@@ -46,6 +46,12 @@ lpdef random_model(std::mt19937 &g) {
     } else if (kind <= 2) {
       int a = pick(-3, 3);
       e.push_back({pick(0, n - 1), a == 0 ? 1.0 : a});  // singleton row
+    } else if (kind == 3 && n >= 2) {
+      // doubleton, mostly an equation
+      int j0 = pick(0, n - 1), j1 = (j0 + pick(1, n - 1)) % n;
+      int a0 = pick(-3, 3), a1 = pick(-3, 3);
+      e.push_back({j0, a0 == 0 ? 1.0 : a0});
+      e.push_back({j1, a1 == 0 ? -1.0 : a1});
     } else {
       for (int j = 0; j < n; ++j)
         if (pick(0, 9) < 5) {
@@ -54,7 +60,7 @@ lpdef random_model(std::mt19937 &g) {
         }
     }
     const char senses[] = {'L', 'G', 'E', 'R'};
-    char s = senses[pick(0, 3)];
+    char s = kind == 3 && pick(0, 2) > 0 ? 'E' : senses[pick(0, 3)];
     double b = pick(-4, 8), r = s == 'R' ? pick(-3, 4) : 0;
     if (pick(0, 4) > 0) {
       double act = 0;
@@ -64,6 +70,35 @@ lpdef random_model(std::mt19937 &g) {
       if (s == 'R') b = r >= 0 ? act - std::min<double>(gap, r) : act + std::min<double>(gap, -r);
     }
     d.row(std::move(e), s, b, r);
+  }
+  // Parallel rows: a scaled copy of a row with its own sense and a
+  // right-hand side at, near or away from the scaled one.
+  if (m >= 1 && pick(0, 2) == 0) {
+    const int i = pick(0, m - 1);
+    const double sc[] = {1, -1, 2, -0.5};
+    const double f = sc[pick(0, 3)];
+    std::vector<std::pair<int, double>> e;
+    for (auto [j, a] : d.rows[i]) e.push_back({j, f * a});
+    const char senses[] = {'L', 'G', 'E'};
+    d.row(std::move(e), senses[pick(0, 2)], f * d.rhs[i] + pick(-1, 1) * pick(0, 2), 0);
+  }
+  // Parallel columns: a scaled copy of a column's entries with bounds and
+  // a cost of its own, the cost often proportional.
+  if (n >= 1 && pick(0, 2) == 0) {
+    const int j = pick(0, n - 1);
+    const double sc[] = {1, -1, 2, -0.5};
+    const double f = sc[pick(0, 3)];
+    double l = 0, u = INF;
+    switch (pick(0, 3)) {
+      case 0: l = -INF; break;
+      case 1: u = pick(1, 4); break;
+      case 2: l = -INF; u = pick(-1, 3); break;
+      default: break;
+    }
+    const int q = d.col(pick(0, 1) ? f * d.obj[j] : pick(-3, 3), l, u);
+    for (auto &row : d.rows)
+      for (size_t k = 0, len = row.size(); k < len; ++k)
+        if (row[k].first == j) row.push_back({q, f * row[k].second});
   }
   return d;
 }
