@@ -3,6 +3,8 @@
 #include <cmath>
 
 #include "barrier/barengin.h"
+#include <cstdio>
+#include <cstdlib>
 
 namespace velto {
 
@@ -61,7 +63,7 @@ void bar_residuals(const barprob &bp, iterate &it, steprec &st) {
     xn += std::fabs(it.x[n + i]);
     zn += std::fabs(it.z[n + i]);
   }
-  for (int i = 0; i < m; ++i) pinf += std::fabs(st.rp[i]);
+  for (int i = 0; i < m; ++i) pinf += std::fabs(st.rp[i]) / (bp.rowscale.empty() ? 1.0 : bp.rowscale[i]);
   it.pobj = pobj;
   it.dobj = dobj;
   it.gap = pobj - dobj;
@@ -156,16 +158,25 @@ int bar_direction(env *e, const barprob &bp, const cholrec &c, const iterate &it
     // Refinement against the primal equations themselves: the normal
     // equations may be solved well while A dx misses rp by much when the
     // weights spread over many orders of magnitude.
-    const double target = std::max({0.2 * it.comp, (it.xnorm + 1) * 1e-9, 1e-8});
+    // The target is relative to the primal residual itself: a direction
+    // that misses A dx = rp by more than a tenth of rp undoes the primal
+    // progress of the step.
+    double rpsum = 0.0;
+    for (int i = 0; i < m; ++i)
+      if (c.freerow.empty() || !c.freerow[c.perm[i]]) rpsum += std::fabs(st.rp[i]);
+    const double target = std::max({std::min(0.2 * it.comp, 0.1 * rpsum), (it.xnorm + 1) * 1e-10, 1e-10});
     std::vector<double> q(m), best_dx, best_dy, corr;
-    double last = 1e300;
-    for (int round = 0; round < 10; ++round) {
+    double last = 1e300, orig = -1;
+    int round = 0;
+    for (; round < 10; ++round) {
       for (int i = 0; i < m; ++i) q[i] = st.rp[i] - rowsign(bp, i) * st.dx[n + i];
       for (int j = 0; j < n; ++j)
         for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) q[bp.colind[k]] -= bp.colval[k] * st.dx[j];
       double r = 0.0;
       for (int i = 0; i < m; ++i)
         if (c.freerow.empty() || !c.freerow[c.perm[i]]) r += std::fabs(q[i]);
+      if (orig < 0) orig = r;
+      if (getenv("BARDBG")) fprintf(stdout, "  round %d r %.3e\n", round, r);
       if (r >= last) {
         st.dx = best_dx, st.dy = best_dy;
         break;

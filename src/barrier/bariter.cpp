@@ -3,6 +3,8 @@
 // and the step.
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 #include "barrier/barengin.h"
 #include "env/callback.h"
@@ -187,6 +189,12 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
     st.ringpri[pos] = it.priminf + it.uppinf;
     st.ringdual[pos] = it.dualinf;
     ++it.iter;
+    if (getenv("BARDBG")) {
+      double mn = 1e300, mx = 0; int k = 0; double sum = 0;
+      for (int j = 0; j < n + m; ++j) { bool pr = j < n ? bp.haslow[j] != 0 : bp.rowsense(j - n) != 'E'; if (!pr) continue; double v = it.x[j]*it.z[j]; mn = std::min(mn, v); mx = std::max(mx, v); sum += v; ++k; }
+      for (int j = 0; j < n; ++j) if (bp.hasup[j]) { double v = it.s[j]*it.w[j]; mn = std::min(mn, v); mx = std::max(mx, v); sum += v; ++k; }
+      printf("centrality: min %.2e avg %.2e max %.2e mu %.2e\n", mn, sum / k, mx, st.mu);
+    }
     bar_weights(bp, it, st.weights);
     int s = chol_factor(e, bp, c, st.weights);
     if (s) {
@@ -292,7 +300,12 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
     bestdir.give(st);
     // The step.
     double ap = bestdir.prirat, ad = bestdir.duarat;
-    const double factor = fullaffine ? 0.9999999999999998 : 0.99995;
+    // Until both sides are feasible the step stays well inside the
+    // boundary: a step of 0.99995 of the way there, taken while the primal
+    // residual is still large, leaves pairs with products far below the
+    // mean and a factor too ill-conditioned to remove the residual later.
+    const double far = getenv("BARSF") ? atof(getenv("BARSF")) : 0.99;
+    const double factor = fullaffine ? 0.9999999999999998 : (st.pfeas && st.dfeas ? 0.99995 : far);
     ap = std::min(1.0, ap * factor);
     ad = std::min(1.0, ad * factor);
     // A direction that the factor got wrong shows as primal residuals

@@ -27,6 +27,9 @@ struct barprob {
   std::vector<char> haslow, hasup;   // per column
   std::vector<int> freelist;         // columns with neither bound
   int bounds = 0;                    // bit 0: some column has an upper bound
+  // Row i of the model times rowscale[i] is row i here (empty: 1); the
+  // primal residuals are measured in the model's units.
+  std::vector<double> rowscale;
 
   void buildrows();
   char rowsense(int i) const { return sense.empty() ? 'E' : sense[i]; }
