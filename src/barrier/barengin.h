@@ -19,6 +19,7 @@ struct iterate {
   double xnorm = 0, xcnorm = 0, ynorm = 0, znorm = 0;
   double comp = 0, priminf = 0, uppinf = 0, dualinf = 0;
   double primrel = 0, dualrel = 0;
+  double prowmax = 0;  // largest row residual over 1 + |right side|, model units
   double pobj = 0, dobj = 0, gap = 0;
   int iter = 0;
 };

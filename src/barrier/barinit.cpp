@@ -152,8 +152,9 @@ void bar_scale(barprob &bp, barmap &map) {
     if (bp.hasup[j]) bp.upper[j] /= cs[j];
   }
   for (int i = 0; i < m; ++i) bp.rhs[i] *= r[i];
-  map.colscale = std::move(cs);
+  map.colscale = cs;
   map.rowscale = r;
+  bp.colscale = std::move(cs);
   bp.rowscale = std::move(r);
 }
 

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <thread>
 #include <vector>
-#include <cstdio>
-#include <cstdlib>
 
 #include "barrier/barrier.h"
 #include "barrier/edkernel.h"
@@ -154,7 +152,7 @@ int chol_factor(env *e, const barprob &bp, cholrec &c, const std::vector<double>
       wk[t].rowbuf.assign(std::max(c.panelwidth, 1), 0.0);
       wk[t].pc.diag = c.diag.data();
       wk[t].pc.freerow = c.freerow.data();
-      wk[t].pc.noise = c.ndense == 0 && !getenv("NONOISE") ? kPivotNoise : 0.0;
+      wk[t].pc.noise = c.ndense == 0 ? kPivotNoise : 0.0;
       wk[t].pc.floor = c.ndense > 0 ? big * kPivotFloor : 0.0;
       args[t] = &wk[t];
     }
@@ -170,7 +168,6 @@ int chol_factor(env *e, const barprob &bp, cholrec &c, const std::vector<double>
       pmin = std::min(pmin, x.pc.pmin);
     }
     c.condest = pmin < 1e300 && pmin > 0 ? pmax / pmin : 0.0;
-    if (getenv("BARDBG")) fprintf(stdout, "factor: neg %d small %d raised %d cond %.2e dscale %g free %d\n", c.npivneg, c.npivsmall, c.npivraised, c.condest, c.dscale, (int)std::count(c.freerow.begin(), c.freerow.end(), 1));
     double t = barclock() - t0;
     c.lastfactortime = t;
     if (T > 1 || e->barparams->bardisplay > 1) {
