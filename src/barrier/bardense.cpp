@@ -81,7 +81,10 @@ long autothreshold(const barprob &bp) {
     }
     k += hist[l];
   }
-  return std::min<long>(bestl, rows) + 1;
+  // A column shorter than a tenth of the rows is kept in the sparse part:
+  // the border it would join saves little fill, while it costs accuracy
+  // near the optimum, where the sparse part left alone turns singular.
+  return std::max<long>(std::min<long>(bestl, rows) + 1, rows / 10);
 }
 
 }  // namespace

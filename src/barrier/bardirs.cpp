@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "barrier/barengin.h"
+#include "env/par.h"
 
 namespace velto {
 
@@ -33,8 +34,9 @@ void bar_residuals(const barprob &bp, iterate &it, steprec &st) {
       ay += bp.colval[k] * it.y[bp.colind[k]];
     }
     double r = bp.obj[j] - ay;
+    const double cs = bp.colscale.empty() ? 1.0 : bp.colscale[j];
     pobj += bp.obj[j] * it.x[j];
-    xcn += std::fabs(it.x[j]);
+    xcn += std::fabs(it.x[j]) * cs;
     if (bp.haslow[j]) {
       r -= it.z[j];
       comp += it.x[j] * it.z[j];
@@ -43,7 +45,7 @@ void bar_residuals(const barprob &bp, iterate &it, steprec &st) {
     if (bp.hasup[j]) {
       r += it.w[j];
       st.ru[j] = bp.upper[j] - it.x[j] - it.s[j];
-      uinf += std::fabs(st.ru[j]);
+      uinf += std::fabs(st.ru[j]) * cs;
       comp += it.s[j] * it.w[j];
       dobj -= bp.upper[j] * it.w[j];
       zn += std::fabs(it.w[j]);
@@ -58,10 +60,16 @@ void bar_residuals(const barprob &bp, iterate &it, steprec &st) {
     st.rd[n + i] = -sg * it.y[i] - it.z[n + i];
     dinf += std::fabs(st.rd[n + i]);
     comp += it.x[n + i] * it.z[n + i];
-    xn += std::fabs(it.x[n + i]);
+    xn += std::fabs(it.x[n + i]) / (bp.rowscale.empty() ? 1.0 : bp.rowscale[i]);
     zn += std::fabs(it.z[n + i]);
   }
-  for (int i = 0; i < m; ++i) pinf += std::fabs(st.rp[i]);
+  double rowmax = 0.0;
+  for (int i = 0; i < m; ++i) {
+    const double rs = bp.rowscale.empty() ? 1.0 : bp.rowscale[i];
+    pinf += std::fabs(st.rp[i]) / rs;
+    rowmax = std::max(rowmax, std::fabs(st.rp[i]) / (rs + std::fabs(bp.rhs[i])));
+  }
+  it.prowmax = rowmax;
   it.pobj = pobj;
   it.dobj = dobj;
   it.gap = pobj - dobj;
@@ -155,17 +163,25 @@ int bar_direction(env *e, const barprob &bp, const cholrec &c, const iterate &it
     addx(st.dy, true);
     // Refinement against the primal equations themselves: the normal
     // equations may be solved well while A dx misses rp by much when the
-    // weights spread over many orders of magnitude.
-    const double target = std::max({0.2 * it.comp, (it.xnorm + 1) * 1e-9, 1e-8});
+    // weights spread over many orders of magnitude.  The target is relative to the primal residual itself: a direction
+    // that misses A dx = rp by more than a tenth of rp undoes the primal
+    // progress of the step.
+    double rpsum = 0.0;
+    for (int i = 0; i < m; ++i)
+      if (c.freerow.empty() || !c.freerow[c.perm[i]]) rpsum += std::fabs(st.rp[i]);
+    const double target = std::max({std::min(0.2 * it.comp, 0.1 * rpsum), (it.xnorm + 1) * 1e-10, 1e-10});
     std::vector<double> q(m), best_dx, best_dy, corr;
-    double last = 1e300;
-    for (int round = 0; round < 10; ++round) {
+    double last = 1e300, orig = -1, fin = 0.0;
+    int round = 0;
+    for (; round < 10; ++round) {
       for (int i = 0; i < m; ++i) q[i] = st.rp[i] - rowsign(bp, i) * st.dx[n + i];
       for (int j = 0; j < n; ++j)
         for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) q[bp.colind[k]] -= bp.colval[k] * st.dx[j];
       double r = 0.0;
       for (int i = 0; i < m; ++i)
         if (c.freerow.empty() || !c.freerow[c.perm[i]]) r += std::fabs(q[i]);
+      if (orig < 0) orig = r;
+      fin = std::min(r, last);
       if (r >= last) {
         st.dx = best_dx, st.dy = best_dy;
         break;
@@ -178,6 +194,8 @@ int bar_direction(env *e, const barprob &bp, const cholrec &c, const iterate &it
       for (int i = 0; i < m; ++i) st.dy[i] += corr[i];
       addx(corr, false);
     }
+    if (e->barparams->bardisplay > 1)
+      msg(e->reschannel, "Refinement - orig %.2e, refined %.2e, target %.2e, %d iter\n", orig, fin, target, round);
     for (int j = 0; j < n; ++j) {
       const double dx = st.dx[j];
       if (bp.haslow[j]) st.dz[j] = (st.rxz[j] - it.z[j] * dx) / it.x[j];

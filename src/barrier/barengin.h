@@ -19,6 +19,7 @@ struct iterate {
   double xnorm = 0, xcnorm = 0, ynorm = 0, znorm = 0;
   double comp = 0, priminf = 0, uppinf = 0, dualinf = 0;
   double primrel = 0, dualrel = 0;
+  double prowmax = 0;  // largest row residual over 1 + |right side|, model units
   double pobj = 0, dobj = 0, gap = 0;
   int iter = 0;
 };
@@ -53,9 +54,16 @@ struct barmap {
   std::vector<int> rangepos;      // row -> barprob column of its range, or -1
   std::vector<double> rangeshift;
   std::vector<double> rowsign;    // +1 'L', -1 'G', 0 'E' or ranged
+  // Scale factors of the barprob: its column q holds x / colscale[q], its
+  // row i the model's row times rowscale[i] (empty when not scaled).
+  std::vector<double> colscale, rowscale;
   bool infeasiblebounds = false;
 };
 int bar_prepare(env *e, lp *p, barprob &bp, barmap &map);
+// Scales the rows and columns of bp by powers of two (geometric passes,
+// then the largest entry of each column brought near 1) and records the
+// factors in map.  bp must not have its row copy yet.
+void bar_scale(barprob &bp, barmap &map);
 // Writes the iterate as the solution of p with status lpstat.
 int bar_writesoln(env *e, lp *p, const barprob &bp, const barmap &map, const iterate &it,
                   const barresult &res);

@@ -94,9 +94,68 @@ int bar_prepare(env *e, lp *p, barprob &bp, barmap &map) {
         bp.colbeg.push_back((int)bp.colind.size());
       }
     }
+    if (e->params->scaind >= 0) bar_scale(bp, map);
     bp.buildrows();
     return 0;
   });
+}
+
+void bar_scale(barprob &bp, barmap &map) {
+  const int m = bp.m, n = bp.n;
+  std::vector<double> r(m, 1.0), cs(n, 1.0);
+  auto pow2 = [](double v) { return std::ldexp(1.0, (int)std::lround(std::log2(v))); };
+  // Geometric passes: each row, then each column, divided by the square
+  // root of its smallest times its largest magnitude.
+  for (int pass = 0; pass < 6; ++pass) {
+    std::vector<double> lo(m, 1e300), hi(m, 0.0);
+    for (int j = 0; j < n; ++j)
+      for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) {
+        const double a = std::fabs(bp.colval[k]) * cs[j];
+        const int i = bp.colind[k];
+        if (a == 0.0) continue;
+        lo[i] = std::min(lo[i], a);
+        hi[i] = std::max(hi[i], a);
+      }
+    for (int i = 0; i < m; ++i)
+      if (hi[i] > 0.0) r[i] = 1.0 / std::sqrt(lo[i] * hi[i]);
+    double spread = 0.0;
+    for (int j = 0; j < n; ++j) {
+      double l = 1e300, h = 0.0;
+      for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) {
+        const double a = std::fabs(bp.colval[k]) * r[bp.colind[k]];
+        if (a == 0.0) continue;
+        l = std::min(l, a);
+        h = std::max(h, a);
+      }
+      if (h > 0.0) {
+        cs[j] = 1.0 / std::sqrt(l * h);
+        spread = std::max(spread, h / l);
+      }
+    }
+    if (spread < 4.0) break;
+  }
+  for (int j = 0; j < n; ++j) {
+    double h = 0.0;
+    for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k)
+      h = std::max(h, std::fabs(bp.colval[k]) * r[bp.colind[k]] * cs[j]);
+    if (h > 0.0) cs[j] /= h;
+  }
+  for (int i = 0; i < m; ++i) r[i] = pow2(r[i]);
+  for (int j = 0; j < n; ++j) cs[j] = pow2(cs[j]);
+  bool any = false;
+  for (int i = 0; i < m && !any; ++i) any = r[i] != 1.0;
+  for (int j = 0; j < n && !any; ++j) any = cs[j] != 1.0;
+  if (!any) return;
+  for (int j = 0; j < n; ++j) {
+    for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) bp.colval[k] *= r[bp.colind[k]] * cs[j];
+    bp.obj[j] *= cs[j];
+    if (bp.hasup[j]) bp.upper[j] /= cs[j];
+  }
+  for (int i = 0; i < m; ++i) bp.rhs[i] *= r[i];
+  map.colscale = cs;
+  map.rowscale = r;
+  bp.colscale = std::move(cs);
+  bp.rowscale = std::move(r);
 }
 
 namespace {
@@ -114,8 +173,11 @@ int bar_writesoln(env *e, lp *p, const barprob & /*bp*/, const barmap &map, cons
     if (m > 0) getrhs_u(p, rhs.data(), 0, m - 1);
     for (int j = 0; j < n0; ++j) {
       const int q = map.colpos[j];
-      x[j] = map.shift[j] + (q >= 0 && !it.x.empty() ? it.x[q] : 0.0);
+      const double sc = q >= 0 && !map.colscale.empty() ? map.colscale[q] : 1.0;
+      x[j] = map.shift[j] + (q >= 0 && !it.x.empty() ? it.x[q] * sc : 0.0);
     }
+    // The model's dual of row i.
+    auto ydual = [&](int i) { return it.y[i] * (map.rowscale.empty() ? 1.0 : map.rowscale[i]); };
     std::vector<double> ax(m, 0.0), dj(n0);
     double objval = c->objoffset;
     for (int j = 0; j < n0; ++j) {
@@ -123,7 +185,7 @@ int bar_writesoln(env *e, lp *p, const barprob & /*bp*/, const barmap &map, cons
       for (int k = c->matbeg[j]; k < c->matend[j]; ++k) {
         const double v = matval_u(p, k, j);
         ax[c->matind[k]] += v * x[j];
-        if (!it.y.empty()) t -= v * it.y[c->matind[k]];
+        if (!it.y.empty()) t -= v * ydual(c->matind[k]);
       }
       dj[j] = t;
       objval += obj[j] * x[j];
@@ -135,7 +197,7 @@ int bar_writesoln(env *e, lp *p, const barprob & /*bp*/, const barmap &map, cons
       s->dj[j] = dj[j] / cfac(c, j);
     }
     for (int i = 0; i < m; ++i) {
-      const double y = it.y.empty() ? 0.0 : it.y[i];
+      const double y = it.y.empty() ? 0.0 : ydual(i);
       s->pi[i] = y * rfac(c, i);
       const double sl = rhs[i] - ax[i];
       s->slack[i] = (c->sense[i] == 'G' ? -sl : sl) / rfac(c, i);

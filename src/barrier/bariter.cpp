@@ -79,9 +79,12 @@ int stoptest(env *e, const barprob &bp, const iterate &it, const steprec &st, in
     if (it.primrel <= 1e-8 && it.dualrel <= 1e-8) return 6;
     return it.primrel <= 1e-8 ? 2 : 3;
   }
+  // The primal residual is tested even after a full primal step: the
+  // steps that follow may let it drift, and the answer must satisfy the
+  // rows it reports.
+  const bool pok = it.priminf / (it.xnorm + 1) < 1e-8 && it.uppinf / (it.xcnorm + 1) < 1e-8;
+  const bool dok = st.dfeas || it.dualrel < 1e-8;
   if (cn >= ep) {
-    const bool pok = st.pfeas || (it.priminf / (it.xnorm + 1) < 1e-8 && it.uppinf / (it.xcnorm + 1) < 1e-8);
-    const bool dok = st.dfeas || it.dualrel < 1e-8;
     if (gap / dob < ep && gap / pob < ep && pok && dok) return 1;
     if (st.pfeas && it.comp < dob && it.comp < pob && gap < dob && gap < pob) {
       double t = 0.0;
@@ -93,7 +96,9 @@ int stoptest(env *e, const barprob &bp, const iterate &it, const steprec &st, in
   } else {
     // Complementarity is gone: optimal when the gap closed on a feasible
     // pair, otherwise the diverging side tells which problem has no point.
-    if (gap / dob < 50 * ep && it.primrel < 1e-6 && it.dualrel < 1e-6) return 1;
+    // With the gap closed and the rows met loosely, the run goes on while
+    // the primal residual can still fall, up to the stall limit.
+    if (gap / dob < 50 * ep && it.primrel < 1e-6 && it.dualrel < 1e-6) return pok || it.iter >= lim ? 1 : 0;
     if (it.iter > 4) {
       double pc = 0.0, pb = 0.0, pu = 0.0;
       for (int j = 0; j < bp.n; ++j) {
@@ -118,6 +123,51 @@ int stoptest(env *e, const barprob &bp, const iterate &it, const steprec &st, in
 double score(const iterate &it) {
   const double v = std::max({it.primrel, it.dualrel, std::fabs(it.gap) / (std::fabs(it.pobj) + 1.0)});
   return std::isfinite(v) ? v : 1e300;
+}
+
+// At the optimum the rows may still be met only to the relative accuracy
+// of the stop test, which leaves a row with a small right side visibly
+// off.  One projection with the last weights moves the primal point onto
+// the rows, D A' v for A D A' v = rp, within the bounds; the weights of
+// the variables at bounds are tiny, so the basic ones carry the move.
+int project(env *e, const barprob &bp, cholrec &c, iterate &it, steprec &st) {
+  const int n = bp.n, m = bp.m;
+  for (int round = 0; round < 5 && it.prowmax > 1e-10; ++round) {
+    bar_weights(bp, it, st.weights);
+    int s = chol_factor(e, bp, c, st.weights);
+    std::vector<double> v;
+    if (s == 0) s = normal_solve(e, bp, c, st.weights, v, st.rp, 3);
+    if (s) return s;
+    const std::vector<double> &d = st.weights;
+    std::vector<double> dx(n + m, 0.0);
+    for (int j = 0; j < n; ++j) {
+      double av = 0.0;
+      for (int k = bp.colbeg[j]; k < bp.colbeg[j + 1]; ++k) av += bp.colval[k] * v[bp.colind[k]];
+      dx[j] = d[j] * av;
+    }
+    for (int i = 0; i < m; ++i) {
+      const char sn = bp.rowsense(i);
+      if (sn != 'E') dx[n + i] = d[n + i] * (sn == 'L' ? v[i] : -v[i]);
+    }
+    double a = 1.0;
+    for (int j = 0; j < n + m; ++j) {
+      const bool low = j < n ? bp.haslow[j] != 0 : bp.rowsense(j - n) != 'E';
+      if (low && dx[j] < 0.0) a = std::min(a, -0.9 * it.x[j] / dx[j]);
+      if (j < n && bp.hasup[j] && dx[j] > 0.0) a = std::min(a, 0.9 * it.s[j] / dx[j]);
+    }
+    const iterate before = it;
+    const double rowmax = it.prowmax, inf = it.priminf + it.uppinf;
+    for (int j = 0; j < n + m; ++j) it.x[j] += a * dx[j];
+    for (int j = 0; j < n; ++j)
+      if (bp.hasup[j]) it.s[j] -= a * dx[j];
+    bar_residuals(bp, it, st);
+    if (!(it.prowmax < rowmax) || it.priminf + it.uppinf > inf) {
+      it = before;
+      bar_residuals(bp, it, st);
+      break;
+    }
+  }
+  return 0;
 }
 
 void takestep(const barprob &bp, iterate &it, const steprec &st, double ap, double ad) {
@@ -292,9 +342,16 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
     bestdir.give(st);
     // The step.
     double ap = bestdir.prirat, ad = bestdir.duarat;
-    const double factor = fullaffine ? 0.9999999999999998 : 0.99995;
-    ap = std::min(1.0, ap * factor);
-    ad = std::min(1.0, ad * factor);
+    // Until both sides are feasible the step stays well inside the
+    // boundary: a step of 0.99995 of the way there, taken while the primal
+    // residual is still large, leaves pairs with products far below the
+    // mean and a factor too ill-conditioned to remove the residual later.
+    const double far = 0.95;
+    const double factor = fullaffine ? 0.9999999999999998 : (st.pfeas && st.dfeas ? 0.99995 : far);
+    // A step that the usual factor would make full stays full: it meets
+    // that side's equations exactly.
+    ap = ap * 0.99995 >= 1.0 ? 1.0 : ap * factor;
+    ad = ad * 0.99995 >= 1.0 ? 1.0 : ad * factor;
     // A direction that the factor got wrong shows as primal residuals
     // growing after the step: the step is then cut back.
     const iterate before = it;
@@ -320,6 +377,10 @@ barresult bar_iterate(env *e, lp *p, const barprob &bp, cholrec &c, iterate &it,
     if (ad == 1.0) st.dfeas = 1;
     if (!st.pfeas && it.primrel < 1e-8 && it.priminf + it.uppinf < 1e-5) st.pfeas = 1;
     if (!st.dfeas && it.dualrel < 1e-8 && it.dualinf < 1e-5) st.dfeas = 1;
+  }
+  if (status == 1) {
+    const int s = guarded([&] { return project(e, bp, c, it, st); });
+    if (s) status = s;
   }
   if (status >= 1000) {
     res.status = status;

@@ -27,6 +27,10 @@ struct barprob {
   std::vector<char> haslow, hasup;   // per column
   std::vector<int> freelist;         // columns with neither bound
   int bounds = 0;                    // bit 0: some column has an upper bound
+  // Row i of the model times rowscale[i] is row i here, column j holds the
+  // model's value divided by colscale[j] (empty: 1); the primal residuals
+  // and norms are measured in the model's units.
+  std::vector<double> rowscale, colscale;
 
   void buildrows();
   char rowsense(int i) const { return sense.empty() ? 'E' : sense[i]; }

@@ -63,6 +63,7 @@ struct cholrec {
   std::vector<double> pivots, diag;
   std::vector<char> freerow;
   int npivneg = 0, npivsmall = 0;
+  int npivraised = 0;  // pivots raised to the floor (dense columns only)
   double condest = 0.0, dscale = 1.0;
   double lastfactortime = 0.0;
 };

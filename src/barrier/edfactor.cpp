@@ -152,15 +152,18 @@ int chol_factor(env *e, const barprob &bp, cholrec &c, const std::vector<double>
       wk[t].rowbuf.assign(std::max(c.panelwidth, 1), 0.0);
       wk[t].pc.diag = c.diag.data();
       wk[t].pc.freerow = c.freerow.data();
+      wk[t].pc.noise = c.ndense == 0 ? kPivotNoise : 0.0;
+      wk[t].pc.floor = c.ndense > 0 ? big * kPivotFloor : 0.0;
       args[t] = &wk[t];
     }
     if (T == 1) workerrun(args[0]);
     else teamrun(e, workerrun, T, args.data());
-    c.npivneg = c.npivsmall = 0;
+    c.npivneg = c.npivsmall = c.npivraised = 0;
     double pmax = 0.0, pmin = 1e300;
     for (auto &x : wk) {
       c.npivneg += x.pc.npivneg;
       c.npivsmall += x.pc.npivsmall;
+      c.npivraised += x.pc.nraised;
       pmax = std::max(pmax, x.pc.pmax);
       pmin = std::min(pmin, x.pc.pmin);
     }

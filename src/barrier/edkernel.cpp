@@ -16,10 +16,23 @@ void panelfactor(double *val, int w, int len, int first, pivotctx &pc) {
       p = 0.0;
     } else {
       if (p < (std::fabs(a) + 1.0) * -1e-6) pc.npivneg++;
-      if (std::fabs(p) < std::fabs(a + 1e-10) * 2.3e-16) {
+      // In a row of the positive definite part (a > 0) a pivot that lost
+      // all but the last few digits of its diagonal to cancellation is
+      // rounding noise, of either sign: the row is skipped like a
+      // dependent one.  The border rows of dense columns (a < 0) keep
+      // their negative pivots, and with a border the sparse part may be
+      // singular by itself, so the rule is off then (noise 0).
+      if (std::fabs(p) < std::fabs(a + 1e-10) * 2.3e-16 || (a > 0.0 && p < a * pc.noise)) {
         pc.npivsmall++;
         p = 0.0;
       }
+    }
+    // With a border the sparse part alone may be nearly singular: a small
+    // pivot there is raised to the floor, and the solves make up for the
+    // change by conjugate gradients on the true matrix.
+    if (a > 0.0 && p < pc.floor && !pc.freerow[col]) {
+      p = pc.floor;
+      pc.nraised++;
     }
     rowj[j] = p;
     if (p != 0.0) {

@@ -12,11 +12,20 @@ inline size_t panelrow(int w, int i) {
 }
 inline size_t panelsize(int w, int len) { return (size_t)w * len - ((size_t)w * w - w) / 2; }
 
+// A pivot of a positive definite row below this fraction of its diagonal
+// is taken as zero.
+constexpr double kPivotNoise = 1e-13;
+// With dense columns: the least pivot of a row of the sparse part, relative
+// to the largest diagonal.
+constexpr double kPivotFloor = 1e-12;
+
 // Pivot decisions of one panel.
 struct pivotctx {
   const double *diag;      // diagonal before elimination, by column
   const char *freerow;     // by column
-  int npivneg = 0, npivsmall = 0;
+  double noise = 0.0;      // kPivotNoise, or 0 with dense columns
+  double floor = 0.0;      // with dense columns: the least pivot of a sparse row
+  int npivneg = 0, npivsmall = 0, nraised = 0;
   double pmax = 0.0, pmin = 1e300;
 };
 

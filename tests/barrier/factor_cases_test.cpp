@@ -108,6 +108,40 @@ TEST(CholCases, DenseColumnBordersTheFactor) {
   EXPECT_EQ(c2.n, 150);
 }
 
+// Near the optimum of a model with dense columns, every sparse column of
+// a row may be at a bound: the sparse part alone is then nearly singular
+// and the border's elimination loses the solution (the fit2p failure).
+// The small pivots are raised, counted, and the solve still meets the true
+// matrix closely.
+TEST(CholCases, DenseBorderOverNearlySingularSparsePart) {
+  barprob bp = banded(150, true);
+  vtest::Env env;
+  ASSERT_EQ(VLTsetintparam(env, VLT_PARAM_BARDISPLAY, 0), 0);
+  cholrec c;
+  ASSERT_EQ(velto::chol_analyse(env, bp, c), 0);
+  ASSERT_EQ(c.ndense, 1);
+  std::mt19937 gen(4);
+  std::uniform_real_distribution<double> u(0.0, 1.0);
+  std::vector<double> d(bp.n + bp.m, 0.0), r, y;
+  // Rows 20 to 29 keep only tiny weights on their sparse columns.
+  for (int j = 0; j < bp.n - 1; ++j) d[j] = j >= 38 && j < 62 ? 1e-14 * (1 + u(gen)) : 1.0 + u(gen);
+  d[bp.n - 1] = 1e6;
+  ASSERT_EQ(velto::chol_factor(env, bp, c, d), 0);
+  EXPECT_GT(c.npivraised, 0);
+  std::vector<double> y0(bp.m);
+  for (double &v : y0) v = u(gen) - 0.5;
+  btest::normalproduct(bp, d, y0, r);
+  ASSERT_EQ(velto::normal_solve(env, bp, c, d, y, r, 3), 0);
+  double res = 0.0, rn = 0.0;
+  std::vector<double> my;
+  btest::normalproduct(bp, d, y, my);
+  for (int i = 0; i < bp.m; ++i) {
+    res = std::fmax(res, std::fabs(r[i] - my[i]));
+    rn = std::fmax(rn, std::fabs(r[i]));
+  }
+  EXPECT_LT(res, 1e-10 * rn);
+}
+
 TEST(CholCases, FewerThanHundredRowsNeverHaveAutomaticDenseColumns) {
   barprob bp = banded(99, true);
   vtest::Env env;

@@ -89,9 +89,10 @@ TEST(NetlibBarrier, PublishedOptima) {
     failures += line;
   }
   std::printf("%d of %d Netlib models at the published optimum within 1e-8\n%s", good, total, failures.c_str());
-  // The count reached when this test was written; a drop is a regression.
+  // The count reached last (dfl001 and lotfi still fail); a drop is a
+  // regression.
   if (!only) {
-    EXPECT_GE(good, 57) << failures;
+    EXPECT_GE(good, 62) << failures;
   }
 }
 
