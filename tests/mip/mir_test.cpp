@@ -171,15 +171,8 @@ TEST(MirCuts, FlowCoversHoldOnEveryPointOfTheirFlowSetAndCutThePoint) {
 // 2 y1 + 2 y2 - s <= 3, y integer in [0, 2], s >= 0 at y = (0.75, 0.75),
 // s = 0: the rounding with divisor 2 gives y1 + y2 - s <= 1, violated by 0.5.
 TEST(MirCuts, TextbookRoundingCutSeparatesTheFractionalVertex) {
-  mixrow r;
-  r.n = 3;
-  r.a = {2, 2, -1};
-  r.lb = {0, 0, 0};
-  r.ub = {2, 2, 10};
-  r.type = {'I', 'I', 'C'};
-  r.link = {-1, -1, -1};
-  r.x = {0.75, 0.75, 0.0};
-  r.rhs = 3;
+  mixrow r{.n = 3, .a = {2, 2, -1}, .lb = {0, 0, 0}, .ub = {2, 2, 10}, .x = {0.75, 0.75, 0.0},
+           .type = {'I', 'I', 'C'}, .link = {-1, -1, -1}, .rhs = 3};
   int cols[] = {0, 1, 2};
   mircut cut;
   ASSERT_TRUE(cmir(r.cols(), 3, r.rhs, cols, r.a.data(), -0.001, cut));
@@ -195,15 +188,8 @@ TEST(MirCuts, TextbookRoundingCutSeparatesTheFractionalVertex) {
 // {1, 2} with excess 3 gives x1 + x2 + (1 - y1) + (1 - y2) <= 5, violated
 // by 0.75.
 TEST(MirCuts, TextbookFlowCoverSeparatesTheFractionalVertex) {
-  mixrow r;
-  r.n = 4;
-  r.a = {1, 1, 0, 0};
-  r.lb = {0, 0, 0, 0};
-  r.ub = {4, 4, 1, 1};
-  r.type = {'C', 'C', 'I', 'I'};
-  r.link = {2, 3, -1, -1};
-  r.x = {4, 1, 1, 0.25};
-  r.rhs = 5;
+  mixrow r{.n = 4, .a = {1, 1, 0, 0}, .lb = {0, 0, 0, 0}, .ub = {4, 4, 1, 1}, .x = {4, 1, 1, 0.25},
+           .type = {'C', 'C', 'I', 'I'}, .link = {2, 3, -1, -1}, .rhs = 5};
   int cols[] = {0, 1};
   mircut cut;
   ASSERT_TRUE(flowcover(r.cols(), 2, r.rhs, cols, r.a.data(), -0.1, cut));
@@ -215,15 +201,8 @@ TEST(MirCuts, TextbookFlowCoverSeparatesTheFractionalVertex) {
 // A free column ends the rounding; a negative lower bound ends the flow
 // cover; rows with no fractional integer give nothing.
 TEST(MirCuts, RowsThatCannotGiveACut) {
-  mixrow r;
-  r.n = 3;
-  r.a = {2, 2, -1};
-  r.lb = {0, 0, -1e20};
-  r.ub = {2, 2, 1e20};
-  r.type = {'I', 'I', 'C'};
-  r.link = {-1, -1, -1};
-  r.x = {0.75, 0.75, 0.0};
-  r.rhs = 3;
+  mixrow r{.n = 3, .a = {2, 2, -1}, .lb = {0, 0, -1e20}, .ub = {2, 2, 1e20}, .x = {0.75, 0.75, 0.0},
+           .type = {'I', 'I', 'C'}, .link = {-1, -1, -1}, .rhs = 3};
   int cols[] = {0, 1, 2};
   mircut cut;
   EXPECT_FALSE(cmir(r.cols(), 3, r.rhs, cols, r.a.data(), -0.001, cut));
