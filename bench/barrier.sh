@@ -14,14 +14,7 @@ build=${1:-$root/build}
 data=${VELTO_DATA:-$root/../shared/data}
 timeout=${TIMEOUT:-600}
 minrows=${MINROWS:-1000}
-ref=$data/netlib/REFERENCE.tsv
-[ -f "$ref" ] || { echo "no $ref (set VELTO_DATA)"; exit 1; }
-command -v clp >/dev/null || { echo "clp not found (apt-get install -y coinor-clp)"; exit 1; }
-driver=$build/bench/lpsolve
-[ -x "$driver" ] || { echo "no $driver (build the project first)"; exit 1; }
-
-tmp=$(mktemp -d)
-trap 'rm -rf "$tmp"' EXIT
+. "$here/prelude.sh"
 clock() { date +%s.%N; }
 printf "%-10s %6s | %3s %16s %4s %8s | %3s %16s %4s %8s | %3s %8s %8s | %6s %6s\n" \
   model rows st objective its time clp clp-objective its clp-time dst dual-its dual-time b/clp b/dual

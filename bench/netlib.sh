@@ -11,15 +11,7 @@ method=${1:-primal}
 build=${2:-$root/build}
 data=${VELTO_DATA:-$root/../shared/data}
 timeout=${TIMEOUT:-600}
-ref=$data/netlib/REFERENCE.tsv
-[ -f "$ref" ] || { echo "no $ref (set VELTO_DATA)"; exit 1; }
-command -v clp >/dev/null || { echo "clp not found (apt-get install -y coinor-clp)"; exit 1; }
-
-driver=$build/bench/lpsolve
-[ -x "$driver" ] || { echo "no $driver (build the project first)"; exit 1; }
-
-tmp=$(mktemp -d)
-trap 'rm -rf "$tmp"' EXIT
+. "$here/prelude.sh"
 printf "%-10s %6s %6s | %3s %18s %8s %8s %8s | %3s %18s %8s %8s | %6s\n" \
   model rows cols st objective iters solve time clpst clp-objective clp-it clp-time ratio
 grep -v '^#' "$ref" | while IFS=$'\t' read -r name rows cols nz opt; do

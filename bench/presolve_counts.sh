@@ -8,13 +8,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
 build=${1:-$root/build}
 data=${VELTO_DATA:-$root/../shared/data}
-ref=$data/netlib/REFERENCE.tsv
-[ -f "$ref" ] || { echo "no $ref (set VELTO_DATA)"; exit 1; }
-command -v clp >/dev/null || { echo "clp not found (apt-get install -y coinor-clp)"; exit 1; }
-driver=$build/bench/lpsolve
-[ -x "$driver" ] || { echo "no $driver (build the project first)"; exit 1; }
-tmp=$(mktemp -d)
-trap 'rm -rf "$tmp"' EXIT
+. "$here/prelude.sh"
 
 printf "%-10s %6s %6s | %6s %6s | %6s %6s\n" model rows cols ours-r ours-c clp-r clp-c
 grep -v '^#' "$ref" | while IFS=$'\t' read -r name rest; do
